@@ -59,7 +59,7 @@ void register_scenario(const char* name, void (*body)()) { scenarios()[name] = b
 const std::vector<std::string>& scenario_args() { return current_args(); }
 
 child_result run_child(const std::string& name, const env_list& env,
-                       const std::vector<std::string>& args) {
+                       const std::vector<std::string>& args, const std::string& working_directory) {
   std::vector<std::string> env_text;
   for (char** e = environ; *e; ++e)
     if (inherited(*e)) env_text.emplace_back(*e);
@@ -80,6 +80,8 @@ child_result run_child(const std::string& name, const env_list& env,
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, err, STDERR_FILENO);
+  if (!working_directory.empty())
+    posix_spawn_file_actions_addchdir_np(&actions, working_directory.c_str());
   std::fflush(nullptr);
   pid_t pid;
   int rc = posix_spawn(&pid, "/proc/self/exe", &actions, nullptr, argv.data(), envp.data());

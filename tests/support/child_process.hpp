@@ -19,8 +19,10 @@ using env_list = std::vector<std::pair<std::string, std::string>>;
 
 // Runs scenario `name` of this executable with the parent's environment less every TAV_*,
 // OMP_* and LANG variable, plus `env`. `args` reach the scenario through scenario_args().
+// A non-empty `working_directory` is the child's working directory, the parent's otherwise.
 child_result run_child(const std::string& name, const env_list& env = {},
-                       const std::vector<std::string>& args = {});
+                       const std::vector<std::string>& args = {},
+                       const std::string& working_directory = {});
 
 void register_scenario(const char* name, void (*body)());
 const std::vector<std::string>& scenario_args();

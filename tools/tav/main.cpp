@@ -1,6 +1,12 @@
-// The tav command-line tool.
-#include <tav/tav.h>
-
+// The tav command-line tool: prints the library's configuration.
 #include <cstdio>
+#include <cstring>
 
-int main() { std::printf("cpu type %d\n", tav_serv_cpu_detect()); }
+#include "commands.hpp"
+
+int main(int argc, char** argv) {
+  const char* command = argc > 1 ? argv[1] : "info";
+  if (std::strcmp(command, "info") == 0) return tav::tool::info();
+  std::fprintf(stderr, "usage: tav [info]\n");
+  return 2;
+}

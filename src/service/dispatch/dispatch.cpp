@@ -8,12 +8,6 @@
 
 namespace tav::service {
 
-const char* path_tag(int id) {
-  static constexpr const char* tags[path_count] = {"def", "cnr_def", "mc", "mc3",
-                                                   "avx", "avx2", "avx512_tp", "avx512"};
-  return id >= 0 && id < path_count ? tags[id] : "?";
-}
-
 int begin_resolution() {
   tav_serv_inspector_suppress();
   int type = tav_serv_cpu_detect();

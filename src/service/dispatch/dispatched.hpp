@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <type_traits>
 
 #include "common/path_naming.hpp"
 
@@ -55,7 +56,7 @@ class dispatched<R(Args...)> {
 // and defines the slot `<name>_dispatch` that calls them:
 //   TAV_DISPATCHED(blas, xdgemm, gemm_fn);  ...  xdgemm_dispatch(args...);
 #define TAV_DISPATCHED(component, name, signature)                                   \
-  extern "C" signature TAV_PATH_VARIANTS(component, name);                           \
+  extern "C" std::type_identity_t<signature> TAV_PATH_VARIANTS(component, name);                           \
   inline constinit ::tav::service::dispatched<signature> name##_dispatch {           \
     TAV_PATH_VARIANTS(component, name)                                               \
   }

@@ -1,0 +1,70 @@
+// The per-thread vector-math state and the rules by which the mode word and the callback change.
+#include "vml/mode/vml_state.hpp"
+
+#include "vml/mode/mode_environment.hpp"
+
+namespace tav::vml {
+namespace {
+
+// Zero at thread start. A mode of 0 means that the thread has not read the environment yet; a
+// stored mode always has an accuracy, so 0 never stands for a real setting.
+struct thread_state {
+  unsigned mode;
+  const void* interface_input;
+  tav_vml_error_callback callback;
+  int status;
+};
+
+thread_local constinit thread_state state{};
+
+// The groups that a mode change may replace. The precision-control group 0xF0 is absent on
+// purpose: only the environment sets it. Bits outside every group are never stored.
+constexpr unsigned settable_groups[] = {VML_ACCURACY_MASK, VML_ERRMODE_MASK, VML_FTZDAZ_MASK,
+                                        VML_TRAP_EXCEPTIONS_MASK};
+
+}  // namespace
+
+unsigned current_mode() {
+  if (state.mode == 0) state.mode = mode_from_environment();
+  return state.mode;
+}
+
+unsigned change_mode(unsigned request) {
+  const unsigned previous = current_mode();
+  unsigned mode = previous;
+  for (const unsigned group : settable_groups)
+    if ((request & group) != 0) mode = (mode & ~group) | (request & group);
+  state.mode = mode;
+  return previous;
+}
+
+int error_status() { return state.status; }
+
+int set_error_status(int status) {
+  const int previous = state.status;
+  state.status = status;
+  return previous;
+}
+
+tav_vml_error_callback error_callback() { return state.callback; }
+
+tav_vml_error_callback set_error_callback(tav_vml_error_callback callback) {
+  const tav_vml_error_callback previous = state.callback;
+  state.callback = callback;
+  // The whole word goes through the group rule, so clearing the callback bit when it is the only
+  // error-mode bit leaves an empty error group in the request, and the group keeps 0x1000.
+  const unsigned mode = current_mode();
+  change_mode(callback != nullptr ? mode | VML_ERRMODE_CALLBACK : mode & ~VML_ERRMODE_CALLBACK);
+  return previous;
+}
+
+void adopt_caller_settings(unsigned mode, tav_vml_error_callback callback) {
+  state.mode = mode;
+  state.callback = callback;
+}
+
+const void* interface_input() { return state.interface_input; }
+
+void set_interface_input(const void* input) { state.interface_input = input; }
+
+}  // namespace tav::vml

@@ -1,0 +1,36 @@
+// The per-thread vector-math state that the service calls, the error handler and the threader
+// share: the mode word, the error status, the error callback and the interface input pointer.
+#pragma once
+
+#include <tav/tav_vml.h>
+
+namespace tav::vml {
+
+// The thread's mode word. The first call in a thread reads it from the environment, so the
+// result is never 0.
+unsigned current_mode();
+
+// Replaces each of the accuracy, error-mode, flush-to-zero and trap groups that is non-zero in
+// `request`; zero groups and the precision-control group keep their setting. Returns the
+// previous mode.
+unsigned change_mode(unsigned request);
+
+// The thread's error status, and its setter, which returns the previous status.
+int error_status();
+int set_error_status(int status);
+
+// The thread's error callback (null when none). Setting a callback sets the callback bit of the
+// error mode and setting null clears it, both through change_mode(). Returns the previous one.
+tav_vml_error_callback error_callback();
+tav_vml_error_callback set_error_callback(tav_vml_error_callback callback);
+
+// A worker of a threaded call takes its caller's mode and callback as they are, without the
+// rules of change_mode(): the worker must run exactly as the caller would.
+void adopt_caller_settings(unsigned mode, tav_vml_error_callback callback);
+
+// The start of the caller's first input array while a threaded call runs in this thread, else
+// null; the error handler reports indices relative to it.
+const void* interface_input();
+void set_interface_input(const void* input);
+
+}  // namespace tav::vml
