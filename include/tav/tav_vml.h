@@ -73,6 +73,25 @@ tav_vml_error_callback vmlSetErrorCallBack(tav_vml_error_callback callback);
 tav_vml_error_callback vmlGetErrorCallBack(void);
 tav_vml_error_callback vmlClearErrorCallBack(void);
 
+/* Fortran forms: arguments by reference; both spellings name the same function. The initial mode
+   of every thread comes from the environment variable TAV_VML_MODE (VML_ tokens joined by commas). */
+unsigned int VMLSETMODE_(const unsigned int* mode);
+unsigned int vmlsetmode_(const unsigned int* mode);
+unsigned int VMLGETMODE_(void);
+unsigned int vmlgetmode_(void);
+int VMLSETERRSTATUS_(const int* status);
+int vmlseterrstatus_(const int* status);
+int VMLGETERRSTATUS_(void);
+int vmlgeterrstatus_(void);
+int VMLCLEARERRSTATUS_(void);
+int vmlclearerrstatus_(void);
+tav_vml_error_callback VMLSETERRORCALLBACK_(const tav_vml_error_callback* callback);
+tav_vml_error_callback vmlseterrorcallback_(const tav_vml_error_callback* callback);
+tav_vml_error_callback VMLGETERRORCALLBACK_(void);
+tav_vml_error_callback vmlgeterrorcallback_(void);
+tav_vml_error_callback VMLCLEARERRORCALLBACK_(void);
+tav_vml_error_callback vmlclearerrorcallback_(void);
+
 TAV_END_DECLS
 
 #endif

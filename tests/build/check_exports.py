@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Compares the names that a shared object exports with the checked-in export list."""
 
-# Usage: check_exports.py [--nm PROG] <shared-object> <export-list>
+# Usage: check_exports.py [--nm PROG] [--headers DIR] <shared-object> <export-list>
+# With --headers, every listed name must also be declared in a header of DIR.
 # Exit status: 0 when the sets are equal, 1 when they differ, 2 when the check could not run.
 
 import argparse
@@ -53,6 +54,7 @@ def main():
     parser.add_argument("library")
     parser.add_argument("exports")
     parser.add_argument("--nm", default="nm")
+    parser.add_argument("--headers", help="folder of public headers that must declare every name")
     args = parser.parse_args()
     try:
         actual = exported_names(args.nm, args.library)
@@ -67,6 +69,15 @@ def main():
         print(f"check_exports: {args.exports} lists no names", file=sys.stderr)
         return 2
 
+    undeclared = []
+    if args.headers:
+        import pathlib
+        text = "".join(p.read_text() for p in sorted(pathlib.Path(args.headers).glob("*.h")))
+        declared = set(re.findall(r"[A-Za-z_][A-Za-z0-9_]*", text))
+        undeclared = sorted(expected - declared)
+    for name in undeclared:
+        print(f"not declared in {args.headers}: {name}")
+
     missing = sorted(expected - actual)
     unexpected = sorted(actual - expected)
     for name in duplicates:
@@ -75,7 +86,7 @@ def main():
         print(f"missing: {name}")
     for name in unexpected:
         print(f"unexpected: {name}")
-    if missing or unexpected or duplicates:
+    if missing or unexpected or duplicates or undeclared:
         print(f"check_exports: {len(missing)} missing, {len(unexpected)} unexpected, "
               f"{len(duplicates)} duplicated; {len(actual)} exported, {len(expected)} listed")
         return 1

@@ -40,6 +40,17 @@ TAV_SCENARIO(consistency_mode_refused_silently) {
   std::printf("cbwr=%d\n", tav_serv_cbwr_get(TAV_CBWR_BRANCH));
 }
 
+TAV_SCENARIO(version_query_then_consistency) {
+  int major = query_capability(32);
+  SetImprovedConsistency();
+  std::printf("major=%d cbwr=%d\n", major, tav_serv_cbwr_get(TAV_CBWR_BRANCH));
+}
+
+TEST(Modes, VersionQueryDoesNotFreezeTheBranch) {
+  auto r = run_child("version_query_then_consistency");
+  EXPECT_EQ(r.out, "major=2019 cbwr=3\n") << r.err;
+}
+
 TEST(Modes, ImprovedConsistencyBeforeDetection) {
   auto r = run_child("improved_consistency_first");
   EXPECT_EQ(r.out, "cbwr=3 vml=0x1A02\n") << r.err;

@@ -10,7 +10,9 @@
 namespace {
 
 // A cached block holds size + alignment + 32 bytes, an uncached one size + alignment + 24.
-constexpr long long cached_bytes(long long size, long long alignment) { return size + alignment + 32; }
+constexpr long long cached_bytes(long long size, long long alignment) {
+  return size + alignment + 32;
+}
 constexpr long long uncached_bytes(long long size, long long alignment) {
   return size + alignment + 24;
 }
@@ -52,7 +54,8 @@ class MemoryCache : public testing::Test {
   // Takes the five slots with sizes 1000 to 5000, all in use.
   std::vector<void*> fill_slots() {
     std::vector<void*> held;
-    for (size_t size = 1000; size <= 5000; size += 1000) held.push_back(tav_serv_allocate(size, 64));
+    for (size_t size = 1000; size <= 5000; size += 1000)
+      held.push_back(tav_serv_allocate(size, 64));
     return held;
   }
 
@@ -186,7 +189,8 @@ TEST_P(MemoryAlignment, PowersOfTwoFrom64AreHonouredElse64) {
 
 INSTANTIATE_TEST_SUITE_P(Alignments, MemoryAlignment,
                          testing::Values(alignment_case{64, 64}, alignment_case{128, 128},
-                                         alignment_case{4096, 4096}, alignment_case{1 << 21, 1 << 21},
+                                         alignment_case{4096, 4096},
+                                         alignment_case{1 << 21, 1 << 21},
                                          alignment_case{100, 64}, alignment_case{192, 64},
                                          alignment_case{32, 64}, alignment_case{0, 64},
                                          alignment_case{-128, 64}));

@@ -6,25 +6,6 @@
 #include <cstdlib>
 #include <thread>
 
-extern "C" {
-unsigned int VMLSETMODE_(const unsigned int* mode);
-unsigned int VMLGETMODE_(void);
-int VMLSETERRSTATUS_(const int* status);
-int VMLGETERRSTATUS_(void);
-int VMLCLEARERRSTATUS_(void);
-tav_vml_error_callback VMLSETERRORCALLBACK_(const tav_vml_error_callback* callback);
-tav_vml_error_callback VMLGETERRORCALLBACK_(void);
-tav_vml_error_callback VMLCLEARERRORCALLBACK_(void);
-unsigned int vmlsetmode_(const unsigned int* mode);
-unsigned int vmlgetmode_(void);
-int vmlseterrstatus_(const int* status);
-int vmlgeterrstatus_(void);
-int vmlclearerrstatus_(void);
-tav_vml_error_callback vmlseterrorcallback_(const tav_vml_error_callback* callback);
-tav_vml_error_callback vmlgeterrorcallback_(void);
-tav_vml_error_callback vmlclearerrorcallback_(void);
-}
-
 namespace {
 
 constexpr unsigned default_mode = VML_HA | VML_ERRMODE_DEFAULT;  // 0x1A02

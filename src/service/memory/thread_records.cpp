@@ -112,6 +112,7 @@ using namespace tav::service;
 TAV_EXPORT void tav_serv_free_buffers(void) {
   std::lock_guard guard(registry_lock);
   for (thread_record* record = registry_head; record != nullptr; record = record->next) {
+    std::lock_guard record_guard(record->lock);
     release_idle_slots_locked(*record);
   }
 }

@@ -52,7 +52,11 @@ TAV_EXPORT void tav_serv_get_version(TAVVersion* version) {
   version->UpdateVersion = 2;
   version->ProductStatus = "Product";
   version->Build = "20190118";
-  version->Processor = processor_text(tav_serv_orvat_cpu() != 0, cpu_class());
+  // Asking for the version must not start detection, which would freeze the reproducibility
+  // mode before the caller has set it: until then the text names the hardware class.
+  const int cls = cpu_type_detected() ? cpu_class()
+                                      : ladder_type(this_processor(), current_enable_flags());
+  version->Processor = processor_text(tav_serv_orvat_cpu() != 0, cls);
   version->Platform = "Orvat(R) 64 architecture";
 }
 TAV_EXPORT_ALIAS(TAV_Get_Version, tav_serv_get_version);
