@@ -3,6 +3,7 @@
 #define TAV_PROVIDER_H
 
 #include <tav/tav_export.h>
+#include <tav/tav_types.h>
 
 TAV_BEGIN_DECLS
 
@@ -20,6 +21,34 @@ void set_consistency_mode(int mode);
 void set_vml_mode(unsigned int mode);
 void set_max_threads(int threads);
 void SetImprovedConsistency(void);
+
+/* BLAS: vectors with increment 1; column-major matrices stored packed (leading dimension = row
+   count); transa and transb are the codes 111 (no transpose), 112 (transpose) and 113
+   (conjugate transpose). */
+void s_axpy(int n, const float* x, float* y, float alpha);
+void d_axpy(int n, const double* x, double* y, double alpha);
+void c_axpy(int n, const tav_complex8* x, tav_complex8* y, tav_complex8 alpha);
+void z_axpy(int n, const tav_complex16* x, tav_complex16* y, tav_complex16 alpha);
+void s_scale(int n, float* x, float alpha);
+void d_scale(int n, double* x, double alpha);
+void c_scale(int n, tav_complex8* x, tav_complex8 alpha);
+void z_scale(int n, tav_complex16* x, tav_complex16 alpha);
+/* sum x_i*y_i, unconjugated */
+float s_dot_product(int n, const float* x, const float* y);
+double d_dot_product(int n, const double* x, const double* y);
+tav_complex8 c_dot_product(int n, const tav_complex8* x, const tav_complex8* y);
+tav_complex16 z_dot_product(int n, const tav_complex16* x, const tav_complex16* y);
+/* c := alpha*op(a)*op(b) + beta*c with c m x n and op(a) m x k */
+void s_matrix_multiply(int transa, int transb, int m, int n, int k, const float* a, const float* b,
+                       float* c, float alpha, float beta);
+void d_matrix_multiply(int transa, int transb, int m, int n, int k, const double* a,
+                       const double* b, double* c, double alpha, double beta);
+void c_matrix_multiply(int transa, int transb, int m, int n, int k, const tav_complex8* a,
+                       const tav_complex8* b, tav_complex8* c, tav_complex8 alpha,
+                       tav_complex8 beta);
+void z_matrix_multiply(int transa, int transb, int m, int n, int k, const tav_complex16* a,
+                       const tav_complex16* b, tav_complex16* c, tav_complex16 alpha,
+                       tav_complex16 beta);
 
 TAV_END_DECLS
 

@@ -7,6 +7,7 @@
 int main(int argc, char** argv) {
   const char* command = argc > 1 ? argv[1] : "info";
   if (std::strcmp(command, "info") == 0) return tav::tool::info();
-  std::fprintf(stderr, "usage: tav [info]\n");
+  if (std::strcmp(command, "demo") == 0) return tav::tool::demo();
+  std::fprintf(stderr, "usage: tav [info|demo]\n");
   return 2;
 }

@@ -1,0 +1,117 @@
+// The threading decision of the general matrix product: stripes, the version-1 driver, or the
+// version-2 thread count with the small-n kernels and the version-2 driver. Every thread runs the
+// serial per-path kernel on its own block of C, packing its own panels.
+#include "blas/level3/gemm_threading.hpp"
+
+#include <omp.h>
+#include <tav/tav_threads.h>
+
+#include "blas/level3/gemm_entries.hpp"
+#include "blas/level3/gemm_partition.hpp"
+#include "blas/level3/gemm_routing.hpp"
+#include "service/threads/thread_settings.hpp"
+
+namespace tav::blas {
+namespace {
+
+// The serial kernel of the dispatched path, complex data passed as interleaved reals.
+template <class T>
+void serial(const gemm_call<T>& g, index m, index n, const T* a, const T* b, T* c) {
+  using R = real_t<T>;
+  auto r = [](const T* p) { return reinterpret_cast<const R*>(p); };
+  xgemm_fn<R>* kernel = nullptr;
+  if constexpr (std::is_same_v<T, float>) kernel = tav_blas_xsgemm;
+  else if constexpr (std::is_same_v<T, double>) kernel = tav_blas_xdgemm;
+  else if constexpr (std::is_same_v<T, std::complex<float>>) kernel = tav_blas_xcgemm;
+  else kernel = tav_blas_xzgemm;
+  kernel(g.transa, g.transb, &m, &n, &g.k, r(g.alpha), r(a), &g.lda, r(b), &g.ldb, r(g.beta),
+         reinterpret_cast<R*>(c), &g.ldc);
+}
+
+template <class T>
+void serial_whole(const gemm_call<T>& g) {
+  serial(g, g.m, g.n, g.a, g.b, g.c);
+}
+
+// Block (i0, j0) of C: rows i0.. of op(A) and columns j0.. of op(B).
+template <class T>
+void serial_block(const gemm_call<T>& g, index i0, index mm, index j0, index nn) {
+  const bool a_plain = decode_trans(g.transa) == 0, b_plain = decode_trans(g.transb) == 0;
+  serial(g, mm, nn, g.a + (a_plain ? i0 : i0 * g.lda), g.b + (b_plain ? j0 * g.ldb : j0),
+         g.c + i0 + j0 * g.ldc);
+}
+
+// One parallel region of up to nt threads; the grid is cut for the team the runtime grants.
+template <class T, class GridOf>
+void run_team(const gemm_call<T>& g, int nt, GridOf grid_of) {
+  if (nt <= 1) {
+    serial_whole(g);
+    return;
+  }
+#pragma omp parallel num_threads(nt)
+  {
+    const c_grid grid = grid_of(omp_get_num_threads());
+    const int t = omp_get_thread_num();
+    const index i0 = (t % grid.row_blocks) * grid.mb, j0 = (t / grid.row_blocks) * grid.nb;
+    if (t < grid.row_blocks * grid.col_blocks && i0 < g.m && j0 < g.n)
+      serial_block(g, i0, grid.mb < g.m - i0 ? grid.mb : g.m - i0, j0,
+                   grid.nb < g.n - j0 ? grid.nb : g.n - j0);
+  }
+}
+
+// The threads this call may use: the BLAS domain, one inside an outer parallel region.
+int available_threads() {
+  return omp_in_parallel() ? 1 : tav_serv_domain_get_max_threads(TAV_DOMAIN_BLAS);
+}
+
+template <class T>
+void gemm_omp_driver_v1(const gemm_call<T>& g) {
+  const int nt = gemm_thread_count(tav_blas_gemm_code_path(), g.m, g.n, g.k, available_threads());
+  run_team(g, nt, [&](int team) { return balanced_grid(team, g.m, g.n); });
+}
+
+template <class T>
+void gemm_omp_driver_v2(const gemm_call<T>& g, int nt) {
+  run_team(g, nt, [&](int team) { return balanced_grid(team, g.m, g.n); });
+}
+
+// Narrow products on the AVX-512 paths: C cut in rows over the whole BLAS domain.
+template <class T>
+bool use_smalln_kernels(const gemm_call<T>& g, int path) {
+  if (!smalln_applies(path, decode_trans(g.transa), decode_trans(g.transb), g.n, g.lda, g.ldb,
+                      g.ldc))
+    return false;
+  run_team(g, available_threads(), [&](int team) { return rows_grid(team, g.m, g.n); });
+  return true;
+}
+
+}  // namespace
+
+template <class T>
+void gemm_general(const gemm_call<T>& g) {
+  const int stripes = tav_serv_get_num_stripes();
+  if (stripes > 0) {
+    run_team(g, available_threads(),
+             [&](int team) { return stripes_grid(stripes, team, g.m, g.n); });
+    return;
+  }
+  if (tav_blas_get_kernel_api_version() != 2) {
+    gemm_omp_driver_v1(g);
+    return;
+  }
+  const int path = tav_blas_gemm_code_path();
+  const int nt = gemm_thread_count(path, g.m, g.n, g.k, available_threads());
+  if (nt == 1) {
+    serial_whole(g);
+    return;
+  }
+  if (use_smalln_kernels(g, path)) return;
+  gemm_omp_driver_v2(g, nt);
+}
+
+template void gemm_general<float>(const gemm_call<float>&);
+template void gemm_general<double>(const gemm_call<double>&);
+template void gemm_general<std::complex<float>>(const gemm_call<std::complex<float>>&);
+template void gemm_general<std::complex<double>>(const gemm_call<std::complex<double>>&);
+
+}  // namespace tav::blas

@@ -1,0 +1,49 @@
+// The per-path constants of the matrix-product kernels: register blocks per element type, kernel
+// interface version and the thresholds of the serial routing, in one table indexed by path id.
+#pragma once
+
+#include "blas/level3/kernels/gemm_element.hpp"
+
+namespace tav::TAV_PATH_NS::gemm {
+
+// An mr x nr block of C held in registers while the k loop runs; mr is a whole number of vectors
+// (of real lanes for the real types, of complex pairs for the complex ones).
+struct register_block {
+  int mr;
+  int nr;
+};
+
+struct path_params {
+  register_block s, d, c, z;
+  // 1: the caller threads the product itself; 2: thread counts come from the size formulas.
+  int api_version;
+};
+
+// Register budgets: SSE2 and AVX have 16 registers and AVX-512 has 32; a real block needs
+// mr/width·nr accumulators, a complex one twice that (products with the real and the imaginary
+// part of b kept apart). 12x4 double on avx2 fills 12 accumulators + 3 loads + 1 broadcast.
+inline constexpr path_params path_table[8] = {
+    /* def       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
+    /* cnr_def   */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
+    /* mc        */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
+    /* mc3       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
+    /* avx       */ {{16, 4}, {8, 4}, {8, 2}, {4, 2}, 1},
+    /* avx2      */ {{24, 4}, {12, 4}, {8, 3}, {4, 3}, 2},
+    /* avx512_tp */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2},
+    /* avx512    */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2},
+};
+
+inline constexpr path_params this_path = path_table[TAV_PATH_ID];
+
+template <class E>
+constexpr register_block block_for() {
+  if constexpr (is_same_v<E, float>) return this_path.s;
+  else if constexpr (is_same_v<E, double>) return this_path.d;
+  else if constexpr (is_same_v<E, cpx<float>>) return this_path.c;
+  else return this_path.z;
+}
+
+// The k extent of a packed block never exceeds this (see kb in gemm_blocking.hpp).
+inline constexpr index kb_max = 256;
+
+}  // namespace tav::TAV_PATH_NS::gemm

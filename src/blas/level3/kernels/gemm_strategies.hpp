@@ -1,0 +1,207 @@
+// The strategies of the serial matrix product C := alpha·op(A)·op(B) + beta·C, each a loop nest
+// around the one micro-kernel; C has already been scaled by beta when they run.
+#pragma once
+
+#include <tav/tav_error.h>
+#include <tav/tav_memory.h>
+
+#include "blas/level3/kernels/gemm_blocking.hpp"
+#include "blas/level3/kernels/gemm_pack.hpp"
+#include "blas/level3/kernels/gemm_ukernel.hpp"
+
+namespace tav::TAV_PATH_NS::gemm {
+
+template <class E>
+struct problem {
+  operand<E> a, b;
+  index m, n, k;
+  E alpha, beta;
+  E* c;
+  index ldc;
+};
+
+// A packing buffer from the memory manager, returned on every exit.
+class pack_buffer {
+ public:
+  explicit pack_buffer(size_t bytes) : p_(tav_serv_allocate(bytes, 128)) {}
+  ~pack_buffer() { tav_serv_deallocate(p_); }
+  pack_buffer(const pack_buffer&) = delete;
+  pack_buffer& operator=(const pack_buffer&) = delete;
+  template <class E>
+  E* as() const {
+    return static_cast<E*>(p_);
+  }
+
+ private:
+  void* p_;
+};
+
+// The routine name a failed allocation is reported under.
+template <class E>
+constexpr const char* routine_name() {
+  if constexpr (is_same_v<E, float>) return "SGEMM";
+  else if constexpr (is_same_v<E, double>) return "DGEMM";
+  else if constexpr (is_same_v<E, cpx<float>>) return "CGEMM";
+  else return "ZGEMM";
+}
+
+// C := beta·C; beta = 0 writes zeros without reading C (a NaN there does not survive).
+template <class E>
+void scale_c(index m, index n, E beta, E* c, index ldc) {
+  if (is_one(beta)) return;
+  const bool zero = is_zero(beta);
+  for (index j = 0; j < n; ++j, c += ldc)
+    for (index i = 0; i < m; ++i) c[i] = zero ? zero_of<E>() : mul(beta, c[i]);
+}
+
+// Calls f with the kc x NR sliver of op(B) at (pc, jc): read in place when it is whole and needs
+// no conjugation, else packed (zero-padded, conjugated) into `scratch`.
+template <class E, int NR, class F>
+void with_b_sliver(const operand<E>& b, index pc, index kc, index jc, index nn, E* scratch, F f) {
+  if (nn == NR && !b.conj) {
+    f(strided_b<E>{b.at(pc, jc), b.trans ? b.ld : 1, b.trans ? 1 : b.ld});
+  } else {
+    pack_b<E, NR>(b, pc, kc, jc, nn, scratch);
+    f(packed_b<E, NR>{scratch});
+  }
+}
+
+// C(0:mm, 0:nn) += alpha·Ã·B_sliver for the packed rows Ã (ceil(mm/MR) slivers of MR x kc).
+template <class E, int MR, int NR, class B>
+void sweep_rows(index kc, E alpha, const E* a, index mm, B b, E* c, index ldc, index nn) {
+  for (index ir = 0; ir < mm; ir += MR)
+    ukernel<E, MR, NR>(kc, alpha, a + ir * kc, b, c + ir, ldc, min_of(MR, mm - ir), nn);
+}
+
+// Small strategy: per k block, each MR-row sliver of op(A) is packed on the stack (at most
+// MR x kb_max elements) and swept across B read in place; no heap buffer.
+template <class E>
+void run_small(const problem<E>& p) {
+  constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
+  const index kb = blocking_for<E>(p.m, p.n, p.k).kb;
+  alignas(64) E a_sliver[MR * kb_max];
+  alignas(64) E b_sliver[kb_max * NR];
+  for (index pc = 0; pc < p.k; pc += kb) {
+    const index kc = min_of(kb, p.k - pc);
+    for (index ic = 0; ic < p.m; ic += MR) {
+      const index mm = min_of(MR, p.m - ic);
+      pack_a<E, MR>(p.a, ic, mm, pc, kc, a_sliver);
+      for (index jc = 0; jc < p.n; jc += NR) {
+        const index nn = min_of(NR, p.n - jc);
+        with_b_sliver<E, NR>(p.b, pc, kc, jc, nn, b_sliver, [&](auto b) {
+          sweep_rows<E, MR, NR>(kc, p.alpha, a_sliver, mm, b, p.c + ic + jc * p.ldc, p.ldc, nn);
+        });
+      }
+    }
+  }
+}
+
+// pst: op(A) packed in mb x kb blocks, each swept by the NR-column slivers of B read in place.
+template <class E>
+void pst(const problem<E>& p) {
+  constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
+  const blocking f = blocking_for<E>(p.m, p.n, p.k);
+  const pack_buffer a_block(sizeof(E) * static_cast<size_t>(f.mb * f.kb));
+  if (a_block.as<E>() == nullptr) {
+    tav_serv_check_ptr_and_warn(nullptr, routine_name<E>());
+    run_small(p);
+    return;
+  }
+  alignas(64) E b_sliver[kb_max * NR];
+  for (index ic = 0; ic < p.m; ic += f.mb) {
+    const index mc = min_of(f.mb, p.m - ic);
+    for (index pc = 0; pc < p.k; pc += f.kb) {
+      const index kc = min_of(f.kb, p.k - pc);
+      pack_a<E, MR>(p.a, ic, mc, pc, kc, a_block.as<E>());
+      for (index jc = 0; jc < p.n; jc += NR) {
+        const index nn = min_of(NR, p.n - jc);
+        with_b_sliver<E, NR>(p.b, pc, kc, jc, nn, b_sliver, [&](auto b) {
+          sweep_rows<E, MR, NR>(kc, p.alpha, a_block.as<E>(), mc, b, p.c + ic + jc * p.ldc,
+                                p.ldc, nn);
+        });
+      }
+    }
+  }
+}
+
+// The driver (Goto and van de Geijn): for each mb x kb block Ã of op(A) and each kb x nb panel
+// B̃ of op(B), C_block += alpha·Ã·B̃ by MR x NR tiles. The loop over Ã's slivers is outside the
+// loop over B̃'s, so one Ã sliver sits in L1 while B̃ (kb·nb elements) is read from L2.
+template <class E>
+void driver(const problem<E>& p) {
+  constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
+  const blocking f = blocking_for<E>(p.m, p.n, p.k);
+  const pack_buffer a_block(sizeof(E) * static_cast<size_t>(f.mb * f.kb));
+  const pack_buffer b_panel(sizeof(E) * static_cast<size_t>(f.kb * f.nb));
+  if (a_block.as<E>() == nullptr || b_panel.as<E>() == nullptr) {
+    tav_serv_check_ptr_and_warn(nullptr, routine_name<E>());
+    run_small(p);
+    return;
+  }
+  E* const at = a_block.as<E>();
+  E* const bt = b_panel.as<E>();
+  for (index ic = 0; ic < p.m; ic += f.mb) {
+    const index mc = min_of(f.mb, p.m - ic);
+    for (index pc = 0; pc < p.k; pc += f.kb) {
+      const index kc = min_of(f.kb, p.k - pc);
+      pack_a<E, MR>(p.a, ic, mc, pc, kc, at);
+      for (index jc = 0; jc < p.n; jc += f.nb) {
+        const index nc = min_of(f.nb, p.n - jc);
+        pack_b<E, NR>(p.b, pc, kc, jc, nc, bt);
+        for (index ir = 0; ir < mc; ir += MR) {
+          const index mm = min_of(MR, mc - ir);
+          for (index jr = 0; jr < nc; jr += NR) {
+            ukernel<E, MR, NR>(kc, p.alpha, at + ir * kc, packed_b<E, NR>{bt + jr * kc},
+                               p.c + (ic + ir) + (jc + jr) * p.ldc, p.ldc, mm,
+                               min_of(NR, nc - jr));
+          }
+        }
+      }
+    }
+  }
+}
+
+// sum_l a_l·b_l accumulated as the micro-kernel does: real products in order; complex ones as
+// the four real sums re·re, im·im, im·re, re·im combined at the end, so that the no-copy kernel
+// and the packed strategies give the same bits wherever FMA contraction is off.
+template <class E>
+struct dot_sum {
+  E s = zero_of<E>();
+  void add_product(E a, E b) { s = add(s, mul(a, b)); }
+  E value() const { return s; }
+};
+
+template <class R>
+struct dot_sum<cpx<R>> {
+  R rr = 0, ii = 0, ir = 0, ri = 0;
+  void add_product(cpx<R> a, cpx<R> b) {
+    rr = rr + a.re * b.re;
+    ir = ir + a.im * b.re;
+    ri = ri + a.re * b.im;
+    ii = ii + a.im * b.im;
+  }
+  cpx<R> value() const { return {rr + -ii, ir + ri}; }
+};
+
+// C := alpha·A·B + beta·C for a 6 x 6 A and 6 x n B, both untransposed, without copies: each
+// column of C is 6 sums of 6 products. BetaZero is the beta = 0 form, which does not read C; it
+// still adds alpha·sum to a zero, as the strategies that zero C first do, so a zero result has
+// the same sign either way.
+template <class E, bool BetaZero>
+void nocopy_anbn_meq6_keq6(const problem<E>& p) {
+  E a[36];
+  for (int l = 0; l < 6; ++l)
+    for (int i = 0; i < 6; ++i) a[i + 6 * l] = p.a.p[i + l * p.a.ld];
+  for (index j = 0; j < p.n; ++j) {
+    const E* bj = p.b.p + j * p.b.ld;
+    E* cj = p.c + j * p.ldc;
+    for (int i = 0; i < 6; ++i) {
+      dot_sum<E> acc;
+      for (int l = 0; l < 6; ++l) acc.add_product(a[i + 6 * l], bj[l]);
+      const E start = BetaZero ? zero_of<E>() : is_one(p.beta) ? cj[i] : mul(p.beta, cj[i]);
+      cj[i] = add(start, mul(p.alpha, acc.value()));
+    }
+  }
+}
+
+}  // namespace tav::TAV_PATH_NS::gemm

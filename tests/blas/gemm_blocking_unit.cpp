@@ -1,0 +1,96 @@
+// The serial driver's shape decisions with the avx2 constants: blocking factors kb, mb, nb and
+// the strategy each shape takes.
+#include <gtest/gtest.h>
+
+
+#define TAV_PATH_NS avx2_view
+#define TAV_PATH_ID 5
+#include "blas/level3/kernels/gemm_blocking.hpp"
+#undef TAV_PATH_ID
+#undef TAV_PATH_NS
+
+namespace {
+
+namespace g = tav::avx2_view::gemm;
+using g::serial_route;
+
+TEST(GemmBlocking, KBlock) {
+  struct row {
+    int64_t k, kb;
+  };
+  for (row r : {row{1, 128}, {10, 128}, {128, 128}, {129, 129}, {256, 256}, {257, 128},
+                {300, 150}, {383, 191}, {384, 192}, {1000, 192}})
+    EXPECT_EQ(g::blocking_for<double>(100, 100, r.k).kb, r.kb) << r.k;
+}
+
+TEST(GemmBlocking, RowAndColumnBlocks) {
+  // mb: max(mr, m) capped at 5000, rounded up to mr = 12.
+  EXPECT_EQ(g::blocking_for<double>(1, 10, 10).mb, 12);
+  EXPECT_EQ(g::blocking_for<double>(13, 10, 10).mb, 24);
+  EXPECT_EQ(g::blocking_for<double>(4999, 10, 10).mb, 5004);
+  EXPECT_EQ(g::blocking_for<double>(9000, 10, 10).mb, 5004);
+  // nb: max(nr, n) capped at 24 (k < 48) or 192, rounded up to nr = 4.
+  EXPECT_EQ(g::blocking_for<double>(100, 10, 40).nb, 12);
+  EXPECT_EQ(g::blocking_for<double>(100, 1, 40).nb, 4);
+  EXPECT_EQ(g::blocking_for<double>(100, 30, 47).nb, 24);
+  EXPECT_EQ(g::blocking_for<double>(100, 30, 48).nb, 32);
+  EXPECT_EQ(g::blocking_for<double>(100, 1000, 48).nb, 192);
+  // Complex panels stop at 96 columns; nr = 3 for double complex.
+  EXPECT_EQ(g::blocking_for<g::cpx<double>>(100, 1000, 100).nb, 96);
+}
+
+struct route_case {
+  int ta, tb;
+  int64_t m, n, k;
+  bool alpha_zero, beta_zero;
+  serial_route expected;
+};
+
+class GemmSerialRoute : public testing::TestWithParam<route_case> {};
+
+TEST_P(GemmSerialRoute, TakesTheStrategyOfItsShape) {
+  const route_case& c = GetParam();
+  const g::serial_shape s{c.ta, c.tb, c.m, c.n, c.k, c.alpha_zero, c.beta_zero};
+  EXPECT_EQ(g::route_serial<double>(s), c.expected)
+      << c.ta << c.tb << " " << c.m << "x" << c.n << "x" << c.k;
+}
+
+constexpr auto nocopy = serial_route::nocopy_6x6, small = serial_route::small,
+               pst = serial_route::pst, driver = serial_route::driver,
+               scale = serial_route::scale_only, done = serial_route::done;
+
+INSTANTIATE_TEST_SUITE_P(
+    Avx2Constants, GemmSerialRoute,
+    testing::Values(
+        route_case{0, 0, 0, 5, 5, false, false, done}, route_case{0, 0, 5, 0, 5, false, false, done},
+        // m = k of 9 or 12 with beta = 0.
+        route_case{0, 0, 9, 500, 9, false, true, small},
+        route_case{1, 0, 12, 500, 12, false, true, small},
+        // The 6 x 6 no-copy kernel needs both untransposed.
+        route_case{0, 0, 6, 300, 6, false, false, nocopy},
+        route_case{0, 0, 6, 300, 6, false, true, nocopy},
+        route_case{1, 0, 6, 300, 6, false, false, small},
+        // k <= 128, m·n/(m+n) < 11.
+        route_case{0, 0, 100, 10, 100, false, false, small},
+        route_case{0, 0, 500, 3, 3, false, false, small},
+        route_case{0, 0, 500, 5, 100, false, false, pst},
+        route_case{1, 1, 500, 5, 100, false, false, pst},
+        route_case{1, 0, 500, 5, 100, false, false, driver},
+        // k < 7, m < 41, n < 41 unless A plain and B transposed.
+        route_case{0, 0, 40, 40, 6, false, false, small},
+        route_case{1, 1, 40, 40, 6, false, false, small},
+        route_case{1, 0, 40, 40, 6, false, false, small},
+        // alpha = 0 only scales.
+        route_case{0, 0, 100, 100, 100, true, false, scale},
+        route_case{0, 0, 9, 9, 9, true, false, scale},
+        // A plain: m < 72 small; n >= 72 general; else small.
+        route_case{0, 0, 71, 500, 500, false, false, small},
+        route_case{0, 0, 72, 72, 500, false, false, driver},
+        route_case{0, 1, 72, 71, 500, false, false, small},
+        // A transposed: m < 56 small; n < 56 small; else general (pst below 2·mr rows).
+        route_case{1, 0, 55, 500, 500, false, false, small},
+        route_case{2, 0, 56, 55, 500, false, false, small},
+        route_case{2, 0, 56, 56, 500, false, false, driver},
+        route_case{1, 1, 56, 56, 500, false, false, driver}));
+
+}  // namespace

@@ -1,0 +1,259 @@
+// The per-path serial matrix-product kernels tav_blas_<tag>_x?gemm, called directly on every
+// code path this processor can run: all transpositions, shapes on both sides of every blocking
+// edge of the path, special values, and bitwise agreement of split products on cnr_def.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "blas/level3/gemm_kernel_api.hpp"
+#include "common/path_naming.hpp"
+#include "common/scalar_traits.hpp"
+#include "gemm_test_problem.hpp"
+
+// The path table itself, viewed from outside any path, for the block edges to straddle.
+#define TAV_PATH_NS params_view
+#define TAV_PATH_ID 0
+#include "blas/level3/kernels/gemm_params.hpp"
+#undef TAV_PATH_ID
+#undef TAV_PATH_NS
+
+extern "C" {
+tav::blas::xgemm_fn<float> TAV_PATH_VARIANTS(blas, xsgemm), TAV_PATH_VARIANTS(blas, xcgemm);
+tav::blas::xgemm_fn<double> TAV_PATH_VARIANTS(blas, xdgemm), TAV_PATH_VARIANTS(blas, xzgemm);
+tav::blas::path_query_fn TAV_PATH_VARIANTS(blas, get_kernel_api_version);
+}
+
+namespace {
+
+using namespace tav::test;
+namespace params = tav::params_view::gemm;
+
+const char* const tags[8] = {"def", "cnr_def", "mc", "mc3", "avx", "avx2", "avx512_tp", "avx512"};
+
+template <class T>
+tav::blas::xgemm_fn<tav::real_t<T>>* kernel_of(int path) {
+  static constexpr tav::blas::xgemm_fn<float>* s[8] = {TAV_PATH_VARIANTS(blas, xsgemm)};
+  static constexpr tav::blas::xgemm_fn<double>* d[8] = {TAV_PATH_VARIANTS(blas, xdgemm)};
+  static constexpr tav::blas::xgemm_fn<float>* c[8] = {TAV_PATH_VARIANTS(blas, xcgemm)};
+  static constexpr tav::blas::xgemm_fn<double>* z[8] = {TAV_PATH_VARIANTS(blas, xzgemm)};
+  if constexpr (std::is_same_v<T, float>) return s[path];
+  else if constexpr (std::is_same_v<T, double>) return d[path];
+  else if constexpr (std::is_same_v<T, std::complex<float>>) return c[path];
+  else return z[path];
+}
+
+template <class T>
+params::register_block block_of(int path) {
+  const params::path_params& p = params::path_table[path];
+  if constexpr (std::is_same_v<T, float>) return p.s;
+  else if constexpr (std::is_same_v<T, double>) return p.d;
+  else if constexpr (std::is_same_v<T, std::complex<float>>) return p.c;
+  else return p.z;
+}
+
+// The paths whose instructions this processor has (the library's own CPU type may be lower,
+// since it classifies by vendor as well).
+std::vector<int> runnable_paths() {
+  const bool has[8] = {true,
+                       true,
+                       __builtin_cpu_supports("ssse3") != 0,
+                       __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"),
+                       __builtin_cpu_supports("avx") != 0,
+                       __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+                           __builtin_cpu_supports("bmi2"),
+                       __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd") &&
+                           __builtin_cpu_supports("avx2"),
+                       __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")};
+  std::vector<int> paths;
+  for (int p = 0; p < 8; ++p)
+    if (has[p]) paths.push_back(p);
+  return paths;
+}
+
+// Runs the path's kernel on the problem's operands, C in place; m, n, k as given.
+template <class T>
+void call_kernel(int path, gemm_problem<T>& p, int64_t m, int64_t n, int64_t k, const T* a,
+                 const T* b, T* c) {
+  using R = tav::real_t<T>;
+  auto r = [](const T* x) { return reinterpret_cast<const R*>(x); };
+  kernel_of<T>(path)(&p.transa, &p.transb, &m, &n, &k, r(&p.alpha), r(a), &p.lda, r(b), &p.ldb,
+                     r(&p.beta), reinterpret_cast<R*>(c), &p.ldc);
+}
+
+template <class T>
+void call_kernel(int path, gemm_problem<T>& p) {
+  call_kernel(path, p, p.m, p.n, p.k, p.a.data(), p.b.data(), p.c.data());
+}
+
+template <class T>
+T scalar(double re, double im) {
+  if constexpr (std::is_floating_point_v<T>) return static_cast<T>(re);
+  else return T(static_cast<typename T::value_type>(re), static_cast<typename T::value_type>(im));
+}
+
+template <class T>
+class GemmKernels : public testing::Test {};
+TYPED_TEST_SUITE(GemmKernels, gemm_types);
+
+// Every register-block edge (mr ± 1, nr ± 1) with short k, for all nine transposition pairs.
+TYPED_TEST(GemmKernels, RegisterBlockEdges) {
+  using T = TypeParam;
+  for (int path : runnable_paths()) {
+    SCOPED_TRACE(tags[path]);
+    const auto rb = block_of<T>(path);
+    for (char ta : trans_codes)
+      for (char tb : trans_codes)
+        for (int64_t m : {int64_t{1}, int64_t{rb.mr - 1}, int64_t{rb.mr}, int64_t{rb.mr + 1},
+                          int64_t{2 * rb.mr + 1}})
+          for (int64_t n : {int64_t{1}, int64_t{rb.nr - 1}, int64_t{rb.nr}, int64_t{rb.nr + 1}})
+            for (int64_t k : {1, 7}) {
+              gemm_problem<T> p(ta, tb, m, n, k, scalar<T>(0.7, -0.4), scalar<T>(-1.3, 0.2));
+              call_kernel(path, p);
+              expect_matches_reference(p);
+            }
+  }
+}
+
+// Shapes that reach each strategy (6 x 6 no-copy, small, pst, driver) and straddle kb (128 for
+// k <= 256, k/2 below 384, 192 beyond) and nb (24 for k < 48, else 192 or 96).
+TYPED_TEST(GemmKernels, StrategiesAndPanelEdges) {
+  using T = TypeParam;
+  struct shape {
+    int64_t m, n, k;
+  };
+  const shape shapes[] = {{6, 7, 6},     {9, 10, 9},    {12, 5, 12},   {50, 9, 40},
+                          {101, 5, 50},  {130, 3, 2},   {73, 73, 129}, {60, 25, 47},
+                          {75, 193, 257}, {40, 97, 383}, {29, 98, 385}, {57, 57, 100}};
+  const double betas[] = {0.0, 1.0, 0.5};
+  for (int ia = 0; ia < 3; ++ia)
+    for (int ib = 0; ib < 3; ++ib)
+      for (size_t is = 0; is < std::size(shapes); ++is) {
+        // beta takes 0, 1 and another value in turn, so each shape meets all three.
+        const shape& s = shapes[is];
+        const double beta = betas[(ia + ib + is) % 3];
+        gemm_problem<T> p(trans_codes[ia], trans_codes[ib], s.m, s.n, s.k, scalar<T>(-0.9, 0.6),
+                          scalar<T>(beta, 0));
+        const gemm_reference<T> want = p.reference();
+        for (int path : runnable_paths()) {
+          SCOPED_TRACE(tags[path]);
+          p.reset_c();
+          call_kernel(path, p);
+          expect_matches(p, want);
+        }
+      }
+}
+
+// More rows than one packed block of A holds (mb = 5000 rounded up to a multiple of mr).
+TYPED_TEST(GemmKernels, RowBlockEdge) {
+  using T = TypeParam;
+  if constexpr (!std::is_same_v<T, double>) return;
+  for (int path : runnable_paths()) {
+    SCOPED_TRACE(tags[path]);
+    const int64_t mr = block_of<T>(path).mr, mb = (5000 + mr - 1) / mr * mr;
+    gemm_problem<T> p('N', 'T', mb + 1, 73, 129, scalar<T>(1, 0.5), scalar<T>(0.25, 0));
+    call_kernel(path, p);
+    expect_matches_reference(p);
+  }
+}
+
+// beta = 0 never reads C (NaN there does not survive); alpha = 0 never reads A or B and leaves
+// beta·C (bitwise C itself when beta = 1); k = 0 leaves beta·C; m = 0 or n = 0 touches nothing.
+TYPED_TEST(GemmKernels, SpecialScalarsAndEmptyShapes) {
+  using T = TypeParam;
+  using R = tav::real_t<T>;
+  const T nan = scalar<T>(std::numeric_limits<R>::quiet_NaN(), std::numeric_limits<R>::quiet_NaN());
+  const int64_t sizes[][3] = {{6, 8, 6}, {9, 9, 9}, {40, 30, 20}, {101, 5, 50}, {80, 80, 140}};
+  for (int path : runnable_paths()) {
+    SCOPED_TRACE(tags[path]);
+    for (char ta : trans_codes)
+      for (const auto& s : sizes) {
+        gemm_problem<T> zero_beta(ta, 'N', s[0], s[1], s[2], scalar<T>(1.5, 0), T(0));
+        for (int64_t j = 0; j < s[1]; ++j)
+          for (int64_t i = 0; i < s[0]; ++i) zero_beta.c(i, j) = nan;
+        call_kernel(path, zero_beta);
+        expect_matches_reference(zero_beta);
+
+        for (T beta : {T(1), scalar<T>(-2, 1)}) {
+          gemm_problem<T> zero_alpha(ta, 'T', s[0], s[1], s[2], T(0), beta);
+          for (T& x : zero_alpha.a) x = nan;
+          for (T& x : zero_alpha.b) x = nan;
+          call_kernel(path, zero_alpha);
+          for (int64_t j = 0; j < s[1]; ++j)
+            for (int64_t i = 0; i < s[0]; ++i)
+              EXPECT_EQ(zero_alpha.c(i, j), beta * zero_alpha.c0[static_cast<size_t>(i + j * s[0])]);
+          EXPECT_TRUE(zero_alpha.c.intact());
+        }
+
+        gemm_problem<T> empty_k(ta, 'C', s[0], s[1], 0, scalar<T>(2, 0), scalar<T>(0.5, -0.5));
+        call_kernel(path, empty_k);
+        expect_matches_reference(empty_k);
+      }
+    for (auto [m, n] : {std::pair<int64_t, int64_t>{0, 5}, {5, 0}, {0, 0}}) {
+      gemm_problem<T> p('N', 'N', 5, 5, 5, T(1), scalar<T>(3, 0));
+      call_kernel(path, p, m, n, 5, p.a.data(), p.b.data(), p.c.data());
+      gemm_problem<T> untouched('N', 'N', 5, 5, 5, T(1), scalar<T>(3, 0));
+      EXPECT_TRUE(bitwise_equal(p, untouched));
+    }
+  }
+}
+
+// A NaN in op(A)(i, l) reaches row i of C only; an Inf in op(B)(l, j) makes column j non-finite
+// only, whichever strategy runs.
+TYPED_TEST(GemmKernels, NanAndInfPropagate) {
+  using T = TypeParam;
+  using R = tav::real_t<T>;
+  const int64_t sizes[][3] = {{6, 7, 6}, {30, 9, 12}, {101, 5, 50}, {80, 80, 140}};
+  for (int path : runnable_paths()) {
+    SCOPED_TRACE(tags[path]);
+    for (char ta : trans_codes)
+      for (char tb : trans_codes)
+        for (const auto& s : sizes) {
+          const int64_t m = s[0], n = s[1], k = s[2], i0 = m / 2, j0 = n - 1, l0 = k / 3;
+          gemm_problem<T> p(ta, tb, m, n, k, scalar<T>(1, 0.5), scalar<T>(0.5, 0));
+          p.a[static_cast<size_t>(ta == 'N' ? i0 + l0 * p.lda : l0 + i0 * p.lda)] =
+              scalar<T>(std::numeric_limits<R>::quiet_NaN(), 0);
+          p.b[static_cast<size_t>(tb == 'N' ? l0 + j0 * p.ldb : j0 + l0 * p.ldb)] =
+              scalar<T>(std::numeric_limits<R>::infinity(), 0);
+          call_kernel(path, p);
+          EXPECT_TRUE(p.c.intact());
+          for (int64_t j = 0; j < n; ++j)
+            for (int64_t i = 0; i < m; ++i) {
+              const bool finite = std::isfinite(std::abs(p.c(i, j)));
+              EXPECT_EQ(finite, i != i0 && j != j0) << p.describe() << " at " << i << "," << j;
+              if (i == i0) EXPECT_TRUE(std::isnan(std::abs(p.c(i, j))) || std::isnan(std::real(p.c(i, j))));
+            }
+        }
+  }
+}
+
+// On cnr_def a product computed in four blocks of C (as threads split it) equals the whole
+// product bit for bit, whatever strategy each block takes.
+TYPED_TEST(GemmKernels, ReproduciblePathIsBlockInvariant) {
+  using T = TypeParam;
+  const int64_t sizes[][3] = {{150, 90, 300}, {73, 200, 129}, {20, 8, 70}, {200, 7, 40}};
+  for (char ta : trans_codes)
+    for (char tb : trans_codes)
+      for (const auto& s : sizes) {
+        gemm_problem<T> whole(ta, tb, s[0], s[1], s[2], scalar<T>(0.3, 1), scalar<T>(-0.7, 0.1));
+        gemm_problem<T> split = whole;
+        call_kernel(1, whole);
+        const int64_t mh = std::min(s[0], (s[0] / 2 + 7) / 8 * 8);
+        const int64_t nh = std::min(s[1], (s[1] / 2 + 7) / 8 * 8);
+        for (auto [i0, mm] : {std::pair{int64_t{0}, mh}, {mh, s[0] - mh}})
+          for (auto [j0, nn] : {std::pair{int64_t{0}, nh}, {nh, s[1] - nh}}) {
+            const T* a = split.a.data() + (ta == 'N' ? i0 : i0 * split.lda);
+            const T* b = split.b.data() + (tb == 'N' ? j0 * split.ldb : j0);
+            call_kernel(1, split, mm, nn, s[2], a, b, split.c.data() + i0 + j0 * split.ldc);
+          }
+        EXPECT_TRUE(bitwise_equal(whole, split)) << whole.describe();
+        expect_matches_reference(whole);
+      }
+}
+
+TEST(GemmKernels, InterfaceVersionPerPath) {
+  tav::blas::path_query_fn* version[8] = {TAV_PATH_VARIANTS(blas, get_kernel_api_version)};
+  for (int path : runnable_paths()) EXPECT_EQ(version[path](), path >= 5 ? 2 : 1) << tags[path];
+}
+
+}  // namespace

@@ -1,0 +1,207 @@
+// The exported BLAS routines gathered by C element type, with conversions to std::complex,
+// exact test data and small references, for the interface tests.
+#pragma once
+
+#include <tav/tav.h>
+
+#include <complex>
+#include <cstring>
+#include <type_traits>
+#include <vector>
+
+namespace tav::test {
+
+template <class C>
+struct routines;
+
+template <>
+struct routines<float> {
+  static constexpr char letter = 'S';
+  static constexpr auto gemm = SGEMM;
+  static constexpr auto trsm = STRSM;
+  static constexpr auto axpy = SAXPY;
+  static constexpr auto scal = SSCAL;
+  static constexpr auto cblas_gemm = cblas_sgemm;
+  static constexpr auto cblas_trsm = cblas_strsm;
+  static constexpr auto cblas_axpy = cblas_saxpy;
+  static constexpr auto cblas_scal = cblas_sscal;
+};
+template <>
+struct routines<double> {
+  static constexpr char letter = 'D';
+  static constexpr auto gemm = DGEMM;
+  static constexpr auto trsm = DTRSM;
+  static constexpr auto axpy = DAXPY;
+  static constexpr auto scal = DSCAL;
+  static constexpr auto cblas_gemm = cblas_dgemm;
+  static constexpr auto cblas_trsm = cblas_dtrsm;
+  static constexpr auto cblas_axpy = cblas_daxpy;
+  static constexpr auto cblas_scal = cblas_dscal;
+};
+template <>
+struct routines<tav_complex8> {
+  static constexpr char letter = 'C';
+  static constexpr auto gemm = CGEMM;
+  static constexpr auto trsm = CTRSM;
+  static constexpr auto axpy = CAXPY;
+  static constexpr auto scal = CSCAL;
+  static constexpr auto cblas_gemm = cblas_cgemm;
+  static constexpr auto cblas_trsm = cblas_ctrsm;
+  static constexpr auto cblas_axpy = cblas_caxpy;
+  static constexpr auto cblas_scal = cblas_cscal;
+};
+template <>
+struct routines<tav_complex16> {
+  static constexpr char letter = 'Z';
+  static constexpr auto gemm = ZGEMM;
+  static constexpr auto trsm = ZTRSM;
+  static constexpr auto axpy = ZAXPY;
+  static constexpr auto scal = ZSCAL;
+  static constexpr auto cblas_gemm = cblas_zgemm;
+  static constexpr auto cblas_trsm = cblas_ztrsm;
+  static constexpr auto cblas_axpy = cblas_zaxpy;
+  static constexpr auto cblas_scal = cblas_zscal;
+};
+
+template <class C>
+inline constexpr bool is_real_v = std::is_floating_point_v<C>;
+
+// The std:: form of a C element type, for arithmetic in the references.
+template <class C>
+using std_t = std::conditional_t<
+    is_real_v<C>, C,
+    std::complex<std::conditional_t<std::is_same_v<C, tav_complex8>, float, double>>>;
+
+template <class C>
+C make(double re, double im = 0) {
+  if constexpr (is_real_v<C>) return static_cast<C>(re);
+  else return C{static_cast<decltype(C::real)>(re), static_cast<decltype(C::imag)>(im)};
+}
+
+template <class C>
+std_t<C> to_std(const C& x) {
+  if constexpr (is_real_v<C>) return x;
+  else return std_t<C>(x.real, x.imag);
+}
+
+template <class C>
+C from_std(const std_t<C>& x) {
+  if constexpr (is_real_v<C>) return x;
+  else return make<C>(x.real(), x.imag());
+}
+
+// For data that must not change at all.
+template <class C>
+bool same_bits(const std::vector<C>& x, const std::vector<C>& y) {
+  return x.size() == y.size() && std::memcmp(x.data(), y.data(), x.size() * sizeof(C)) == 0;
+}
+
+// For computed results, where the sign of a zero depends on the order of operations.
+template <class C>
+bool same_values(const std::vector<C>& x, const std::vector<C>& y) {
+  if (x.size() != y.size()) return false;
+  for (size_t i = 0; i < x.size(); ++i)
+    if (to_std(x[i]) != to_std(y[i])) return false;
+  return true;
+}
+
+// CBLAS takes a real scalar by value and a complex one by address.
+template <class C>
+auto cblas_scalar(const C& scalar) {
+  if constexpr (is_real_v<C>) return scalar;
+  else return &scalar;
+}
+
+// n small integers from a fixed sequence, with an imaginary part for the complex types: every
+// product and sum of a few of them is exact, so results compare for equality.
+template <class C>
+std::vector<C> small_integers(size_t n, int seed) {
+  std::vector<C> v(n);
+  for (size_t i = 0; i < n; ++i) {
+    const int r = static_cast<int>((i * 7 + static_cast<size_t>(seed) * 13) % 9) - 4;
+    const int s = static_cast<int>((i * 5 + static_cast<size_t>(seed) * 3) % 7) - 3;
+    v[i] = make<C>(r, s);
+  }
+  return v;
+}
+
+// An n x n triangular matrix (column-major, leading dimension ld) whose diagonal cycles through
+// 1, -1 and 2, so that substitution divides exactly; the other triangle holds values that a
+// correct solve never reads, and the unit diagonal case ignores the stored diagonal.
+template <class C>
+std::vector<C> triangular(int n, int ld, bool upper, int seed) {
+  std::vector<C> a = small_integers<C>(static_cast<size_t>(ld) * n, seed);
+  static constexpr double diagonal[] = {1, -1, 2};
+  for (int j = 0; j < n; ++j) {
+    a[static_cast<size_t>(j + j * ld)] = make<C>(diagonal[j % 3]);
+    for (int i = 0; i < n; ++i)
+      if (upper ? i > j : i < j) a[static_cast<size_t>(i + j * ld)] = make<C>(1000);
+  }
+  return a;
+}
+
+// Element (i, j) of op(X) for column-major X; trans 'N', 'T' or 'C'.
+template <class C>
+std_t<C> op_at(char trans, const C* x, int ld, int i, int j) {
+  if (trans == 'N') return to_std(x[i + j * ld]);
+  std_t<C> v = to_std(x[j + i * ld]);
+  if constexpr (!is_real_v<C>) {
+    if (trans == 'C') v = std::conj(v);
+  }
+  return v;
+}
+
+// C := alpha·op(A)·op(B) + beta·C, column-major.
+template <class C>
+void reference_gemm(char transa, char transb, int m, int n, int k, C alpha, const C* a, int lda,
+                    const C* b, int ldb, C beta, C* c, int ldc) {
+  for (int j = 0; j < n; ++j)
+    for (int i = 0; i < m; ++i) {
+      std_t<C> sum = 0;
+      for (int l = 0; l < k; ++l) sum += op_at(transa, a, lda, i, l) * op_at(transb, b, ldb, l, j);
+      c[i + j * ldc] = from_std<C>(to_std(alpha) * sum + to_std(beta) * to_std(c[i + j * ldc]));
+    }
+}
+
+// B := alpha·op(A)^-1·B (side 'L') or alpha·B·op(A)^-1 (side 'R'), column-major, by solving for
+// one row or column of B at a time in the order the triangle allows.
+template <class C>
+void reference_trsm(char side, char uplo, char trans, char diag, int m, int n, C alpha,
+                    const C* a, int lda, C* b, int ldb) {
+  const bool left = side == 'L';
+  const int order = left ? m : n;
+  // op(A) is upper triangular when A is upper and not transposed, or lower and transposed.
+  const bool op_upper = (uplo == 'U') == (trans == 'N');
+  auto op = [&](int i, int j) { return op_at(trans, a, lda, i, j); };
+  auto at = [&](int i, int j) -> C& { return b[i + j * ldb]; };
+  for (int t = 0; t < order; ++t) {
+    // Left: op(A)·X = alpha·B, rows of X from the bottom (upper) or the top (lower).
+    // Right: X·op(A) = alpha·B, columns of X from the left (upper) or the right (lower).
+    const int p = left == op_upper ? order - 1 - t : t;
+    const int lines = left ? n : m;
+    for (int q = 0; q < lines; ++q) {
+      std_t<C> sum = to_std(alpha) * to_std(left ? at(p, q) : at(q, p));
+      for (int r = 0; r < order; ++r) {
+        const bool solved = left ? (op_upper ? r > p : r < p) : (op_upper ? r < p : r > p);
+        if (!solved) continue;
+        sum -= left ? op(p, r) * to_std(at(r, q)) : to_std(at(q, r)) * op(r, p);
+      }
+      if (diag == 'N') sum /= op(p, p);
+      (left ? at(p, q) : at(q, p)) = from_std<C>(sum);
+    }
+  }
+}
+
+// The row-major copy (leading dimension ld) of a rows x cols column-major matrix of leading
+// dimension ld_col, the rest of the buffer filled with `fill`.
+template <class C>
+std::vector<C> to_row_major(const std::vector<C>& x, int rows, int cols, int ld_col, int ld,
+                            C fill) {
+  std::vector<C> y(static_cast<size_t>(ld) * rows, fill);
+  for (int i = 0; i < rows; ++i)
+    for (int j = 0; j < cols; ++j)
+      y[static_cast<size_t>(i * ld + j)] = x[static_cast<size_t>(i + j * ld_col)];
+  return y;
+}
+
+}  // namespace tav::test

@@ -1,0 +1,208 @@
+// The diagonal-block kernels of the triangular solve and product on every code path this
+// processor runs, called directly for the four element types: orders around the row block of 4,
+// any number of right-hand sides, rows visited in either direction, against long double.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <complex>
+#include <tuple>
+
+#include "blas/level3/trsm_kernel_types.hpp"
+#include "common/path_naming.hpp"
+#include "common/scalar_traits.hpp"
+#include "guarded_buffer.hpp"
+#include "level3_test_data.hpp"
+#include "reference_level3.hpp"
+
+namespace {
+
+using tav::blas::padded_order;
+using tav::blas::triangular_block_kernel;
+using namespace tav::test;
+
+extern "C" {
+triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xstrsm_block);
+triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xdtrsm_block);
+triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xctrsm_block);
+triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xztrsm_block);
+triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xstrmm_block);
+triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xdtrmm_block);
+triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xctrmm_block);
+triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xztrmm_block);
+}
+
+// Each family's eight variants in path-id order.
+template <class T>
+struct family;
+template <>
+struct family<float> {
+  static constexpr triangular_block_kernel<float>* solve[8] = {
+      TAV_PATH_VARIANTS(blas, xstrsm_block)};
+  static constexpr triangular_block_kernel<float>* multiply[8] = {
+      TAV_PATH_VARIANTS(blas, xstrmm_block)};
+};
+template <>
+struct family<double> {
+  static constexpr triangular_block_kernel<double>* solve[8] = {
+      TAV_PATH_VARIANTS(blas, xdtrsm_block)};
+  static constexpr triangular_block_kernel<double>* multiply[8] = {
+      TAV_PATH_VARIANTS(blas, xdtrmm_block)};
+};
+template <>
+struct family<std::complex<float>> {
+  static constexpr triangular_block_kernel<float>* solve[8] = {
+      TAV_PATH_VARIANTS(blas, xctrsm_block)};
+  static constexpr triangular_block_kernel<float>* multiply[8] = {
+      TAV_PATH_VARIANTS(blas, xctrmm_block)};
+};
+template <>
+struct family<std::complex<double>> {
+  static constexpr triangular_block_kernel<double>* solve[8] = {
+      TAV_PATH_VARIANTS(blas, xztrsm_block)};
+  static constexpr triangular_block_kernel<double>* multiply[8] = {
+      TAV_PATH_VARIANTS(blas, xztrmm_block)};
+};
+
+const char* const tags[8] = {"def", "cnr_def", "mc", "mc3", "avx", "avx2", "avx512_tp", "avx512"};
+
+bool path_runs(int id) {
+  switch (id) {
+    case 2:
+      return __builtin_cpu_supports("ssse3");
+    case 3:
+      return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
+    case 4:
+      return __builtin_cpu_supports("avx");
+    case 5:
+      return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    case 6:
+      return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd");
+    case 7:
+      return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+             __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+    default:
+      return true;
+  }
+}
+
+// A packed lower triangle of order kb as the drivers pack it: off-diagonal entries of size at
+// most 1/kb, diagonal of modulus 2 to 3 (its reciprocal for a solve), identity padding, and
+// the unused upper triangle NaN, which the kernels must not read.
+template <class T>
+std::vector<T> packed_triangle(std::mt19937_64& g, int64_t kb, bool solve) {
+  const int64_t n = padded_order(kb);
+  std::vector<T> l(static_cast<size_t>(n * n), nan_element<T>());
+  for (int64_t c = 0; c < n; ++c) {
+    for (int64_t r = c; r < n; ++r) {
+      T& x = l[static_cast<size_t>(r + c * n)];
+      if (c >= kb || r >= kb)
+        x = r == c ? T(1) : T(0);
+      else if (r == c)
+        x = solve ? T(1) / (T(2.5) + T(0.5) * random_element<T>(g))
+                  : T(2.5) + T(0.5) * random_element<T>(g);
+      else
+        x = random_element<T>(g) / T(static_cast<float>(kb));
+    }
+  }
+  return l;
+}
+
+// The same operation in long double on row-major order r = 0..kb-1 of the right-hand sides:
+// the solve x_r := (alpha·b_r - sum_{c<r} L(r, c)·x_c)·D(r) (D the stored reciprocal), or the
+// product x_r := sum_{c<=r} L(r, c)·alpha·b_c.
+template <class T>
+std::vector<wide_t<T>> reference(const std::vector<T>& l, int64_t kb, T alpha, bool solve,
+                                 const std::vector<T>& b) {
+  const int64_t n = padded_order(kb);
+  std::vector<wide_t<T>> x(b.size());
+  const int64_t cols = static_cast<int64_t>(b.size()) / std::max<int64_t>(kb, 1);
+  auto at = [&](int64_t r, int64_t c) { return widen(l[static_cast<size_t>(r + c * n)]); };
+  for (int64_t j = 0; j < cols; ++j) {
+    auto rhs = [&](int64_t r) { return widen(alpha) * widen(b[static_cast<size_t>(r + j * kb)]); };
+    for (int64_t r = 0; r < kb; ++r) {
+      wide_t<T> sum = solve ? rhs(r) : wide_t<T>(0);
+      for (int64_t c = 0; c < r; ++c) {
+        if (solve)
+          sum -= at(r, c) * x[static_cast<size_t>(c + j * kb)];
+        else
+          sum += at(r, c) * rhs(c);
+      }
+      x[static_cast<size_t>(r + j * kb)] = solve ? sum * at(r, r) : sum + at(r, r) * rhs(r);
+    }
+  }
+  return x;
+}
+
+using kernel_case = std::tuple<int, element, bool>;
+
+class TriangularBlockKernel : public testing::TestWithParam<kernel_case> {
+ protected:
+  void SetUp() override {
+    if (!path_runs(std::get<0>(GetParam())))
+      GTEST_SKIP() << tags[std::get<0>(GetParam())] << " does not run here";
+  }
+};
+
+TEST_P(TriangularBlockKernel, MatchesLongDouble) {
+  const int path = std::get<0>(GetParam());
+  const bool solve = std::get<2>(GetParam());
+  with_element_type(std::get<1>(GetParam()), [&](auto tag) {
+    using T = decltype(tag);
+    using Real = tav::real_t<T>;
+    auto* kernel = solve ? family<T>::solve[path] : family<T>::multiply[path];
+    std::mt19937_64 g(42);
+    for (const int64_t kb : {1, 3, 4, 5, 8, 17, 95, 96, 128}) {
+      for (const int64_t cols : {1, 3, 4, 5, 9}) {
+        for (const bool reversed : {false, true}) {
+          for (const bool transposed : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "kb=" << kb << " cols=" << cols << " reversed="
+                                            << reversed << " transposed=" << transposed);
+            const std::vector<T> l = packed_triangle<T>(g, kb, solve);
+            // Row r, column j of the block in a column-major (or, transposed, row-major)
+            // matrix with spare rows; a reversed walk starts at the last row.
+            const int64_t rows = transposed ? cols : kb, ld = (transposed ? cols : kb) + 3;
+            guarded_matrix<T> storage(rows, transposed ? kb : cols, ld);
+            fill_random(g, storage);
+            const int64_t rs = transposed ? ld : 1, cs = transposed ? 1 : ld;
+            std::vector<T> b(static_cast<size_t>(kb * cols));
+            auto element = [&](int64_t r, int64_t j) -> T& {
+              const int64_t row = reversed ? kb - 1 - r : r;
+              return storage.data()[row * rs + j * cs];
+            };
+            for (int64_t j = 0; j < cols; ++j) {
+              for (int64_t r = 0; r < kb; ++r) b[static_cast<size_t>(r + j * kb)] = element(r, j);
+            }
+            const T alpha = general_scalar<T>();
+            const std::vector<wide_t<T>> want = reference(l, kb, alpha, solve, b);
+            T* first = &element(0, 0);
+            kernel(reinterpret_cast<const Real*>(l.data()), kb,
+                   reinterpret_cast<const Real*>(&alpha), reinterpret_cast<Real*>(first),
+                   reversed ? -rs : rs, cs, cols);
+            EXPECT_TRUE(storage.intact());
+            long double largest = 0, worst = 0;
+            for (int64_t j = 0; j < cols; ++j) {
+              for (int64_t r = 0; r < kb; ++r) {
+                const wide_t<T> w = want[static_cast<size_t>(r + j * kb)];
+                largest = std::max(largest, wide_abs1(w));
+                worst = std::max(worst, wide_abs1(widen(element(r, j)) - w));
+              }
+            }
+            // Condition near 1: a few rounding errors per term of the order-kb recurrence.
+            EXPECT_LE(worst, 30.0L * static_cast<long double>(kb) *
+                                 std::numeric_limits<Real>::epsilon() * largest);
+          }
+        }
+      }
+    }
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Level3, TriangularBlockKernel,
+                         testing::Combine(testing::Range(0, 8), all_elements(), testing::Bool()),
+                         [](const testing::TestParamInfo<kernel_case>& info) {
+                           return std::string(tags[std::get<0>(info.param)]) + "_" +
+                                  element_name(std::get<1>(info.param)) +
+                                  (std::get<2>(info.param) ? "_solve" : "_product");
+                         });
+
+}  // namespace

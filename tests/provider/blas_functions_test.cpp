@@ -1,0 +1,184 @@
+// The provider's axpy, scale, dot product and matrix product in the four precisions: results
+// against plain loops on small integers (exact in every precision), the unconjugated complex dot
+// product, transposed operands against explicit transposes, and n = 0 touching nothing.
+#include <tav/tav.h>
+#include <gtest/gtest.h>
+
+#include <complex>
+#include <cstring>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+template <class C>
+struct provider;
+template <>
+struct provider<float> {
+  static constexpr auto axpy = s_axpy;
+  static constexpr auto scale = s_scale;
+  static constexpr auto dot = s_dot_product;
+  static constexpr auto multiply = s_matrix_multiply;
+};
+template <>
+struct provider<double> {
+  static constexpr auto axpy = d_axpy;
+  static constexpr auto scale = d_scale;
+  static constexpr auto dot = d_dot_product;
+  static constexpr auto multiply = d_matrix_multiply;
+};
+template <>
+struct provider<tav_complex8> {
+  static constexpr auto axpy = c_axpy;
+  static constexpr auto scale = c_scale;
+  static constexpr auto dot = c_dot_product;
+  static constexpr auto multiply = c_matrix_multiply;
+};
+template <>
+struct provider<tav_complex16> {
+  static constexpr auto axpy = z_axpy;
+  static constexpr auto scale = z_scale;
+  static constexpr auto dot = z_dot_product;
+  static constexpr auto multiply = z_matrix_multiply;
+};
+
+template <class C>
+constexpr bool is_real_v = std::is_floating_point_v<C>;
+
+template <class C>
+using std_t = std::conditional_t<
+    is_real_v<C>, C,
+    std::complex<std::conditional_t<std::is_same_v<C, tav_complex8>, float, double>>>;
+
+template <class C>
+C make(double re, double im = 0) {
+  if constexpr (is_real_v<C>) return static_cast<C>(re);
+  else return C{static_cast<decltype(C::real)>(re), static_cast<decltype(C::imag)>(im)};
+}
+
+template <class C>
+std_t<C> to_std(const C& x) {
+  if constexpr (is_real_v<C>) return x;
+  else return std_t<C>(x.real, x.imag);
+}
+
+template <class C>
+C from_std(const std_t<C>& x) {
+  if constexpr (is_real_v<C>) return x;
+  else return make<C>(x.real(), x.imag());
+}
+
+template <class C>
+std::vector<C> small_integers(size_t n, int seed) {
+  std::vector<C> v(n);
+  for (size_t i = 0; i < n; ++i)
+    v[i] = make<C>(static_cast<int>((i * 5 + static_cast<size_t>(seed)) % 7) - 3,
+                   static_cast<int>((i * 3 + static_cast<size_t>(seed) * 2) % 5) - 2);
+  return v;
+}
+
+// For arrays that must not change at all.
+template <class C>
+bool same_bits(const std::vector<C>& x, const std::vector<C>& y) {
+  return x.size() == y.size() && std::memcmp(x.data(), y.data(), x.size() * sizeof(C)) == 0;
+}
+
+// For computed results, where the sign of a zero depends on the order of operations.
+template <class C>
+bool same_values(const std::vector<C>& x, const std::vector<C>& y) {
+  if (x.size() != y.size()) return false;
+  for (size_t i = 0; i < x.size(); ++i)
+    if (to_std(x[i]) != to_std(y[i])) return false;
+  return true;
+}
+
+// The stored matrix that op (111, 112, 113) turns into the rows x cols matrix `x`.
+template <class C>
+std::vector<C> stored_for(int op, const std::vector<C>& x, int rows, int cols) {
+  if (op == TAV_CBLAS_NO_TRANS) return x;
+  std::vector<C> s(x.size());
+  for (int i = 0; i < rows; ++i)
+    for (int j = 0; j < cols; ++j) {
+      std_t<C> v = to_std(x[static_cast<size_t>(i + j * rows)]);
+      if constexpr (!is_real_v<C>) {
+        if (op == TAV_CBLAS_CONJ_TRANS) v = std::conj(v);
+      }
+      s[static_cast<size_t>(j + i * cols)] = from_std<C>(v);
+    }
+  return s;
+}
+
+template <class C>
+class ProviderBlas : public testing::Test {};
+using element_types = testing::Types<float, double, tav_complex8, tav_complex16>;
+TYPED_TEST_SUITE(ProviderBlas, element_types);
+
+TYPED_TEST(ProviderBlas, VectorFunctionsMatchPlainLoops) {
+  using C = TypeParam;
+  using P = provider<C>;
+  const int n = 11;
+  const std::vector<C> x = small_integers<C>(n, 1), y0 = small_integers<C>(n, 2);
+  const C alpha = make<C>(2, -3);
+  std::vector<C> y = y0, want_axpy = y0, scaled = x, want_scaled = x;
+  std_t<C> want_dot = 0;
+  for (int i = 0; i < n; ++i) {
+    want_axpy[i] = from_std<C>(to_std(alpha) * to_std(x[i]) + to_std(y0[i]));
+    want_scaled[i] = from_std<C>(to_std(alpha) * to_std(x[i]));
+    want_dot += to_std(x[i]) * to_std(y0[i]);
+  }
+  P::axpy(n, x.data(), y.data(), alpha);
+  P::scale(n, scaled.data(), alpha);
+  EXPECT_TRUE(same_values(y, want_axpy));
+  EXPECT_TRUE(same_values(scaled, want_scaled));
+  EXPECT_EQ(to_std(P::dot(n, x.data(), y0.data())), want_dot);
+}
+
+TYPED_TEST(ProviderBlas, EmptyVectorsTouchNothing) {
+  using C = TypeParam;
+  using P = provider<C>;
+  const std::vector<C> x0 = small_integers<C>(4, 3), y0 = small_integers<C>(4, 4);
+  std::vector<C> x = x0, y = y0;
+  P::axpy(0, x.data(), y.data(), make<C>(5, 1));
+  P::scale(0, x.data(), make<C>(5, 1));
+  EXPECT_EQ(to_std(P::dot(0, x.data(), y.data())), std_t<C>(0));
+  EXPECT_TRUE(same_bits(x, x0));
+  EXPECT_TRUE(same_bits(y, y0));
+}
+
+// Every transpose pair against the product of the explicit matrices: op(a) is m x k and op(b)
+// k x n whatever is stored, and each stored array is packed.
+TYPED_TEST(ProviderBlas, TransposedOperandsEqualExplicitTransposes) {
+  using C = TypeParam;
+  using P = provider<C>;
+  const int m = 3, n = 4, k = 5;
+  const std::vector<C> op_a = small_integers<C>(m * k, 5), op_b = small_integers<C>(k * n, 6);
+  const std::vector<C> c0 = small_integers<C>(m * n, 7);
+  const C alpha = make<C>(-1, 2), beta = make<C>(2, 1);
+  std::vector<C> want = c0;
+  for (int j = 0; j < n; ++j)
+    for (int i = 0; i < m; ++i) {
+      std_t<C> sum = 0;
+      for (int l = 0; l < k; ++l) sum += to_std(op_a[i + l * m]) * to_std(op_b[l + j * k]);
+      want[i + j * m] = from_std<C>(to_std(alpha) * sum + to_std(beta) * to_std(c0[i + j * m]));
+    }
+  for (int ta : {TAV_CBLAS_NO_TRANS, TAV_CBLAS_TRANS, TAV_CBLAS_CONJ_TRANS})
+    for (int tb : {TAV_CBLAS_NO_TRANS, TAV_CBLAS_TRANS, TAV_CBLAS_CONJ_TRANS}) {
+      std::vector<C> c = c0;
+      P::multiply(ta, tb, m, n, k, stored_for(ta, op_a, m, k).data(),
+                  stored_for(tb, op_b, k, n).data(), c.data(), alpha, beta);
+      EXPECT_TRUE(same_values(c, want)) << ta << " " << tb;
+    }
+}
+
+TEST(ProviderBlas, ComplexDotProductIsUnconjugated) {
+  const tav_complex8 x8 = {1, 1};
+  const tav_complex8 d8 = c_dot_product(1, &x8, &x8);
+  EXPECT_EQ(d8.real, 0.0f);
+  EXPECT_EQ(d8.imag, 2.0f);
+  const tav_complex16 x16 = {1, 1};
+  const tav_complex16 d16 = z_dot_product(1, &x16, &x16);
+  EXPECT_EQ(d16.real, 0.0);
+  EXPECT_EQ(d16.imag, 2.0);
+}
+
+}  // namespace
