@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 #include <tav/tav_threads.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -90,7 +91,9 @@ struct two_runs {
 two_runs run_both(const env_list& extra) {
   two_runs runs;
   for (const char* threads : {"1", "2"}) {
-    const std::string path = testing::TempDir() + "level3_results_" + threads + ".bin";
+    // Named for this process, as tests of this binary may run side by side.
+    const std::string path = testing::TempDir() + "level3_results_" +
+                             std::to_string(getpid()) + "_" + threads + ".bin";
     env_list env = extra;
     env.emplace_back("TAV_NUM_THREADS", threads);
     const child_result child = run_child("level3_results", env, {path});
