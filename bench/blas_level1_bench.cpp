@@ -16,17 +16,12 @@
 
 #include "support/interleaved_timing.hpp"
 #include "support/markdown_table.hpp"
+#include "support/path_runs.hpp"
 #include "support/peer_libraries.hpp"
 
 namespace {
 
 using namespace tav::bench;
-
-struct path_choice {
-  const char* tag;
-  const char* cpu_type;  // the CPU-type override that selects the path
-};
-constexpr path_choice paths[] = {{"avx2", "5"}, {"def", "0"}};
 
 struct routine {
   const char* name;
@@ -126,41 +121,11 @@ void run_path(const path_choice& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::vector<path_choice> chosen;
-  for (int a = 1; a < argc; ++a) {
-    bool known = false;
-    for (const path_choice& p : paths)
-      if (std::strcmp(argv[a], p.tag) == 0) chosen.push_back(p), known = true;
-    if (!known) {
-      std::fprintf(stderr, "usage: %s [avx2] [def]\n", argv[0]);
-      return 2;
-    }
-  }
-  if (chosen.empty()) chosen.assign(std::begin(paths), std::end(paths));
-
-  char host[256] = "?";
-  gethostname(host, sizeof host);
-  const std::time_t now = std::time(nullptr);
-  char date[64];
-  std::strftime(date, sizeof date, "%Y-%m-%d %H:%M %Z", std::localtime(&now));
-  std::printf("## Level 1: daxpy, ddot, dscal (%s, %s)\n\n", date, host);
-  std::printf("Times are per-call medians over interleaved rounds; PEER/TAV is the peer's time over\n"
-              "TAV's (above 1: TAV is faster). Before every timed batch each library gets its thread\n"
-              "count and one untimed warm-up call, so 2-thread figures are for warm thread teams;\n"
-              "2-thread batches also wait 0.25 s first, for the previous library's threads to sleep.\n");
-  std::fflush(stdout);
-
-  int status = 0;
-  for (const path_choice& path : chosen) {
-    const pid_t child = fork();
-    if (child == 0) {
-      run_path(path);
-      _exit(0);
-    }
-    int child_status = 0;
-    if (child < 0 || waitpid(child, &child_status, 0) != child || !WIFEXITED(child_status) ||
-        WEXITSTATUS(child_status) != 0)
-      status = 1;
-  }
-  return status;
+  return run_on_paths(
+      argc, argv, "Level 1: daxpy, ddot, dscal",
+      "Times are per-call medians over interleaved rounds; PEER/TAV is the peer's time over\n"
+      "TAV's (above 1: TAV is faster). Before every timed batch each library gets its thread\n"
+      "count and one untimed warm-up call, so 2-thread figures are for warm thread teams;\n"
+      "2-thread batches also wait 0.25 s first, for the previous library's threads to sleep.\n",
+      run_path);
 }

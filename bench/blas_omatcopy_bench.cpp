@@ -22,16 +22,11 @@
 
 #include "support/interleaved_timing.hpp"
 #include "support/markdown_table.hpp"
+#include "support/path_runs.hpp"
 
 namespace {
 
 using namespace tav::bench;
-
-struct path_choice {
-  const char* tag;
-  const char* cpu_type;  // the CPU-type override that selects the path
-};
-constexpr path_choice paths[] = {{"avx2", "5"}, {"def", "0"}};
 
 // ---- the peer ------------------------------------------------------------------------------
 
@@ -232,42 +227,11 @@ void run_path(const path_choice& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::vector<path_choice> chosen;
-  for (int a = 1; a < argc; ++a) {
-    bool known = false;
-    for (const path_choice& p : paths)
-      if (std::strcmp(argv[a], p.tag) == 0) chosen.push_back(p), known = true;
-    if (!known) {
-      std::fprintf(stderr, "usage: %s [avx2] [def]\n", argv[0]);
-      return 2;
-    }
-  }
-  if (chosen.empty()) chosen.assign(std::begin(paths), std::end(paths));
-
-  char host[256] = "?";
-  gethostname(host, sizeof host);
-  const std::time_t now = std::time(nullptr);
-  char date[64];
-  std::strftime(date, sizeof date, "%Y-%m-%d %H:%M %Z", std::localtime(&now));
-  std::printf("## Out-of-place copy and transpose (%s, %s)\n\n", date, host);
-  std::printf(
+  return run_on_paths(
+      argc, argv, "Out-of-place copy and transpose",
       "Per-call medians over 7 interleaved rounds of TAV, OpenBLAS and, for the large\n"
       "matrices, memcpy of 128 MiB on as many threads. GB/s counts traffic, every byte read\n"
       "once and written once, for memcpy as for the matrices; TAV/memcpy compares the two.\n"
-      "OpenBLAS/TAV above 1: TAV is faster.\n");
-  std::fflush(stdout);
-
-  int status = 0;
-  for (const path_choice& path : chosen) {
-    const pid_t child = fork();
-    if (child == 0) {
-      run_path(path);
-      _exit(0);
-    }
-    int child_status = 0;
-    if (child < 0 || waitpid(child, &child_status, 0) != child || !WIFEXITED(child_status) ||
-        WEXITSTATUS(child_status) != 0)
-      status = 1;
-  }
-  return status;
+      "OpenBLAS/TAV above 1: TAV is faster.\n",
+      run_path);
 }
