@@ -1,5 +1,5 @@
-// The verbose record of one Fortran-style call: the switch read once per process, the clock
-// started before the argument check, and the line written when the call is over.
+// Verbose mode of the Fortran-style calls: the switch read once per process, the clock started
+// before the argument check, and the line written when the call is over.
 #pragma once
 
 #include <tav/tav_verbose.h>
@@ -30,33 +30,48 @@ inline int shown(const int* value) { return value != nullptr ? *value : 0; }
 // An option argument as the line shows it: its first character, a blank for a null pointer.
 inline char shown(const char* option) { return option != nullptr ? *option : ' '; }
 
-class call_record {
- public:
-  call_record() : on_(verbose_on()), start_(on_ ? tav_serv_iface_dsecnd() : 0.0) {}
-
-  // Writes the line when verbose mode is on; `format` names the routine by a leading %c.
-  template <class... Args>
-  void finish(const char* format, const Args&... args) const {
-    if (!on_) return;
-    const double elapsed = tav_serv_iface_dsecnd() - start_;
-    char line[line_capacity];
-    tav_serv_snprintf_s(line, sizeof line, sizeof line - 1, format, vararg(args)...);
-    tav_serv_iface_print_verbose_info(line, elapsed);
-  }
-
- private:
-  static constexpr int line_capacity = 200;
-
-  // %p takes a void pointer and %c an int: the arguments are passed as those.
-  template <class A>
-  static auto vararg(const A& value) {
+// Writes one verbose line: `format` names the routine by a leading %c; %p takes a void pointer
+// and %c an int, so the arguments are passed as those.
+template <class... Args>
+void write_line(double elapsed, const char* format, const Args&... args) {
+  constexpr int line_capacity = 200;
+  const auto vararg = [](const auto& value) {
+    using A = std::decay_t<decltype(value)>;
     if constexpr (std::is_pointer_v<A>) return static_cast<const void*>(value);
     else if constexpr (std::is_same_v<A, char>) return static_cast<int>(value);
     else return value;
-  }
+  };
+  char line[line_capacity];
+  tav_serv_snprintf_s(line, sizeof line, sizeof line - 1, format, vararg(args)...);
+  tav_serv_iface_print_verbose_info(line, elapsed);
+}
 
-  bool on_;
-  double start_;
-};
+// The form of a call taken while the verbose word is not known to be 0: it reads the switch on
+// the first call, and in verbose mode runs the clock around `call(args...)` and then has
+// `line(elapsed, args...)` write. Kept out of line, so the quiet form needs no frame beyond the
+// widened integers.
+template <class Call, class Line, class... Args>
+[[gnu::noinline, gnu::cold]] auto maybe_timed_call(Call call, Line line, Args... args) {
+  if (!verbose_on()) return call(args...);
+  const double start = tav_serv_iface_dsecnd();
+  if constexpr (std::is_void_v<decltype(call(args...))>) {
+    call(args...);
+    line(tav_serv_iface_dsecnd() - start, args...);
+  } else {
+    const auto result = call(args...);
+    line(tav_serv_iface_dsecnd() - start, args...);
+    return result;
+  }
+}
+
+// Runs `call(args...)` (argument check and internal routine); with verbose mode on, times it and
+// writes the line that `line(elapsed, args...)` formats. `call` and `line` capture nothing and
+// the arguments are the caller's pointers, so with the mode off this costs one load and a branch.
+template <class Call, class Line, class... Args>
+inline auto verbose_call(Call call, Line line, Args... args) {
+  if (verbose_word.load(std::memory_order_relaxed) != 0) [[unlikely]]
+    return maybe_timed_call(call, line, args...);
+  return call(args...);
+}
 
 }  // namespace tav::blas::interface
