@@ -1,6 +1,6 @@
 // y := alpha·x + y per code path, real and complex: unit stride in full registers, several in
 // flight; other strides one element at a time (a complex element still in one register).
-#include "blas/level1/kernels/simd.hpp"
+#include "blas/level1/kernels/level1_lanes.hpp"
 #include "blas/level1/level1_kernel_types.hpp"
 #include "common/path_naming.hpp"
 
@@ -13,7 +13,7 @@ void axpy_real(index n, Real alpha, const Real* x, index incx, Real* y, index in
   // with the positive increment, so walk them forwards.
   if (incx == incy && incx < 0) incx = incy = -incx;
   if (incx == 1 && incy == 1) {
-    using V = wide<Real>;
+    using V = simd<Real>;
     constexpr index w = V::width;
     const typename V::reg a = V::broadcast(alpha);
     // Eight registers of each stream loaded before their stores: more misses in flight than
@@ -54,7 +54,7 @@ void axpy_complex(index n, const Real* alpha, const Real* x, index incx, Real* y
   if (incx == incy && incx < 0) incx = incy = -incx;
   const complex_axpy_step<one_complex<Real>> one(alpha);
   if (incx == 1 && incy == 1) {
-    using V = wide<Real>;
+    using V = simd<Real>;
     constexpr index w = V::width;
     const complex_axpy_step<V> step(alpha);
     const index m = 2 * n;  // reals

@@ -1,7 +1,7 @@
 // Dot products per code path: sum x_i·y_i, and sum conj(x_i)·y_i for complex data, with several
 // independent accumulators and an order of additions fixed by n alone (never by alignment), so
 // a part of a vector gives the same bits whichever thread or run computes it.
-#include "blas/level1/kernels/simd.hpp"
+#include "blas/level1/kernels/level1_lanes.hpp"
 #include "blas/level1/level1_kernel_types.hpp"
 #include "common/path_naming.hpp"
 
@@ -12,7 +12,7 @@ namespace {
 // multiply-add; they are combined as (a0 + a1) + (a2 + a3), lanes in order, then the tail.
 template <class Real>
 Real dot_unit(index n, const Real* x, const Real* y) {
-  using V = wide<Real>;
+  using V = simd<Real>;
   constexpr index w = V::width;
   typename V::reg a0 = V::zero(), a1 = V::zero(), a2 = V::zero(), a3 = V::zero();
   index i = 0;
@@ -86,7 +86,7 @@ void dot_complex(Real* result, index n, const Real* x, index incx, const Real* y
   Real pe = 0, po = 0, qe = 0, qo = 0;
   complex_products<one_complex<Real>> one[2];
   if (incx == 1 && incy == 1) {
-    using V = wide<Real>;
+    using V = simd<Real>;
     constexpr index w = V::width;
     complex_products<V> a[4];
     const index m = 2 * n;  // reals

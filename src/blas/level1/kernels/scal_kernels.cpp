@@ -1,6 +1,6 @@
 // x := alpha·x per code path, for real x, complex x with complex alpha, and complex x with real
 // alpha: unit stride in full registers, four in flight; other strides one element at a time.
-#include "blas/level1/kernels/simd.hpp"
+#include "blas/level1/kernels/level1_lanes.hpp"
 #include "blas/level1/level1_kernel_types.hpp"
 #include "common/path_naming.hpp"
 
@@ -10,7 +10,7 @@ namespace {
 // Scales m consecutive reals; an elementwise product, so IEEE rules hold (0·NaN is NaN).
 template <class Real>
 void scal_unit(index m, Real alpha, Real* x) {
-  using V = wide<Real>;
+  using V = simd<Real>;
   constexpr index w = V::width;
   const typename V::reg a = V::broadcast(alpha);
   index i = 0;
@@ -60,7 +60,7 @@ void scal_complex(index n, const Real* alpha, Real* x, index incx) {
   if (incx < 0) incx = -incx;
   const complex_scal_step<one_complex<Real>> one(alpha);
   if (incx == 1) {
-    using V = wide<Real>;
+    using V = simd<Real>;
     constexpr index w = V::width;
     const complex_scal_step<V> step(alpha);
     const index m = 2 * n;  // reals

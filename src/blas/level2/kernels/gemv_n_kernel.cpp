@@ -1,6 +1,6 @@
 // Per-path kernel of y := y + alpha·A·x (gemv 'N'): four columns at a time as chained
 // multiply-adds over a unit-stride block of y, for real and interleaved complex elements.
-#include "blas/level2/kernels/level2_simd.hpp"
+#include "blas/level2/kernels/level2_blocks.hpp"
 #include "common/path_naming.hpp"
 
 namespace tav::TAV_PATH_NS {
@@ -14,20 +14,20 @@ constexpr int group = 4;
 // `len` counts reals; s_re/s_im hold s_j = alpha·x_j.
 template <class R, bool cplx, int count>
 void update_columns(index len, const R* const* col, const R* s_re, const R* s_im, R* y) {
-  using P = pack<R>;
+  using P = simd<R>;
   constexpr int w = P::width;
   typename P::reg re[count], im[count];
   for (int g = 0; g < count; ++g) {
-    re[g] = P::set1(s_re[g]);
-    if constexpr (cplx) im[g] = alternating<R>(s_im[g]);
+    re[g] = P::broadcast(s_re[g]);
+    if constexpr (cplx) im[g] = P::alternate(-s_im[g], s_im[g]);
   }
   // One pack: y[k..k+w) += a_j[k..k+w)·s_j for each column in order.
   const auto update = [&](index k) {
     typename P::reg acc = P::load(y + k);
     for (int g = 0; g < count; ++g) {
       const typename P::reg av = P::load(col[g] + k);
-      acc = P::madd(av, re[g], acc);
-      if constexpr (cplx) acc = P::madd(P::swap_pairs(av), im[g], acc);
+      acc = P::mul_add(av, re[g], acc);
+      if constexpr (cplx) acc = P::mul_add(P::swap_pairs(av), im[g], acc);
     }
     P::store(y + k, acc);
   };
@@ -46,10 +46,10 @@ void update_columns(index len, const R* const* col, const R* s_re, const R* s_im
       R yr = y[i], yi = y[i + 1];
       for (int g = 0; g < count; ++g) {
         const R ar = col[g][i], ai = col[g][i + 1];
-        yr = madd(ar, s_re[g], yr);
-        yr = madd(ai, -s_im[g], yr);
-        yi = madd(ai, s_re[g], yi);
-        yi = madd(ar, s_im[g], yi);
+        yr = mul_add(ar, s_re[g], yr);
+        yr = mul_add(ai, -s_im[g], yr);
+        yi = mul_add(ai, s_re[g], yi);
+        yi = mul_add(ar, s_im[g], yi);
       }
       y[i] = yr;
       y[i + 1] = yi;
@@ -57,7 +57,7 @@ void update_columns(index len, const R* const* col, const R* s_re, const R* s_im
   } else {
     for (; i < len; ++i) {
       R yv = y[i];
-      for (int g = 0; g < count; ++g) yv = madd(col[g][i], s_re[g], yv);
+      for (int g = 0; g < count; ++g) yv = mul_add(col[g][i], s_re[g], yv);
       y[i] = yv;
     }
   }

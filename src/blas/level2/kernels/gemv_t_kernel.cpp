@@ -1,7 +1,7 @@
 // Per-path kernel of y := y + alpha·op(A)·x with op = transpose or conjugate transpose (gemv 'T'
 // and 'C'): four dot products at a time over a unit-stride block of x, for real and interleaved
 // complex elements.
-#include "blas/level2/kernels/level2_simd.hpp"
+#include "blas/level2/kernels/level2_blocks.hpp"
 #include "common/path_naming.hpp"
 
 namespace tav::TAV_PATH_NS {
@@ -21,7 +21,7 @@ struct partial {
 // column's result does not depend on the group it was computed in.
 template <class R, bool cplx, int count>
 void dot_columns(index len, const R* const* col, const R* x, partial<R>* out) {
-  using P = pack<R>;
+  using P = simd<R>;
   using reg = typename P::reg;
   constexpr int w = P::width;
   reg acc0[count], acc1[count];
@@ -35,19 +35,19 @@ void dot_columns(index len, const R* const* col, const R* x, partial<R>* out) {
       const reg xs = P::swap_pairs(xv);
       for (int g = 0; g < count; ++g) {
         const reg av = P::load(col[g] + i);
-        acc0[g] = P::madd(av, xv, acc0[g]);
-        acc1[g] = P::madd(av, xs, acc1[g]);
+        acc0[g] = P::mul_add(av, xv, acc0[g]);
+        acc1[g] = P::mul_add(av, xs, acc1[g]);
       }
     }
     for (int g = 0; g < count; ++g) {
-      partial<R> p{lane_sum<R>(acc0[g], 0, 2), lane_sum<R>(acc0[g], 1, 2),
-                   lane_sum<R>(acc1[g], 0, 2), lane_sum<R>(acc1[g], 1, 2)};
+      partial<R> p{lane_sum<P, R>(acc0[g], 0, 2), lane_sum<P, R>(acc0[g], 1, 2),
+                   lane_sum<P, R>(acc1[g], 0, 2), lane_sum<P, R>(acc1[g], 1, 2)};
       for (index k = i; k < len; k += 2) {
         const R ar = col[g][k], ai = col[g][k + 1];
-        p.rr = madd(ar, x[k], p.rr);
-        p.ii = madd(ai, x[k + 1], p.ii);
-        p.ri = madd(ar, x[k + 1], p.ri);
-        p.ir = madd(ai, x[k], p.ir);
+        p.rr = mul_add(ar, x[k], p.rr);
+        p.ii = mul_add(ai, x[k + 1], p.ii);
+        p.ri = mul_add(ar, x[k + 1], p.ri);
+        p.ir = mul_add(ai, x[k], p.ir);
       }
       out[g] = p;
     }
@@ -57,18 +57,18 @@ void dot_columns(index len, const R* const* col, const R* x, partial<R>* out) {
       const reg x0 = P::load(x + i);
       const reg x1 = P::load(x + i + w);
       for (int g = 0; g < count; ++g) {
-        acc0[g] = P::madd(P::load(col[g] + i), x0, acc0[g]);
-        acc1[g] = P::madd(P::load(col[g] + i + w), x1, acc1[g]);
+        acc0[g] = P::mul_add(P::load(col[g] + i), x0, acc0[g]);
+        acc1[g] = P::mul_add(P::load(col[g] + i + w), x1, acc1[g]);
       }
     }
     if (i + w <= len) {
       const reg x0 = P::load(x + i);
-      for (int g = 0; g < count; ++g) acc0[g] = P::madd(P::load(col[g] + i), x0, acc0[g]);
+      for (int g = 0; g < count; ++g) acc0[g] = P::mul_add(P::load(col[g] + i), x0, acc0[g]);
       i += w;
     }
     for (int g = 0; g < count; ++g) {
-      R sum = lane_sum<R>(P::add(acc0[g], acc1[g]), 0, 1);
-      for (index k = i; k < len; ++k) sum = madd(col[g][k], x[k], sum);
+      R sum = lane_sum<P, R>(P::add(acc0[g], acc1[g]), 0, 1);
+      for (index k = i; k < len; ++k) sum = mul_add(col[g][k], x[k], sum);
       out[g] = partial<R>{sum, 0, 0, 0};
     }
   }

@@ -1,7 +1,7 @@
 // Per-path kernel of the rank-1 update A := beta·A + alpha·x·op(y)^T, op(y) = y or conj(y)
 // (ger, geru, gerc, and GEMM's k = 1 case with its beta), column by column over a unit-stride
 // block of x, for real and interleaved complex elements.
-#include "blas/level2/kernels/level2_simd.hpp"
+#include "blas/level2/kernels/level2_blocks.hpp"
 #include "common/path_naming.hpp"
 
 namespace tav::TAV_PATH_NS {
@@ -14,14 +14,14 @@ enum class beta_kind { zero, one, general };
 // as u·v.re + swap_pairs(u)·(-v.im, v.im).
 template <class R, bool cplx, beta_kind kind>
 void update_column(index len, const R* x, R s_re, R s_im, R b_re, R b_im, R* c) {
-  using P = pack<R>;
+  using P = simd<R>;
   using reg = typename P::reg;
   constexpr int w = P::width;
-  const reg sr = P::set1(s_re), br = P::set1(b_re);
+  const reg sr = P::broadcast(s_re), br = P::broadcast(b_re);
   reg si = sr, bi = br;
   if constexpr (cplx) {
-    si = alternating<R>(s_im);
-    bi = alternating<R>(b_im);
+    si = P::alternate(-s_im, s_im);
+    bi = P::alternate(-b_im, b_im);
   }
   // One pack: c[k..k+w) := beta·c + s·x.
   const auto update = [&](index k) {
@@ -31,10 +31,10 @@ void update_column(index len, const R* x, R s_re, R s_im, R b_re, R b_im, R* c) 
     if constexpr (kind == beta_kind::general) {
       const reg cv = P::load(c + k);
       acc = P::mul(cv, br);
-      if constexpr (cplx) acc = P::madd(P::swap_pairs(cv), bi, acc);
+      if constexpr (cplx) acc = P::mul_add(P::swap_pairs(cv), bi, acc);
     }
-    acc = P::madd(xv, sr, acc);
-    if constexpr (cplx) acc = P::madd(P::swap_pairs(xv), si, acc);
+    acc = P::mul_add(xv, sr, acc);
+    if constexpr (cplx) acc = P::mul_add(P::swap_pairs(xv), si, acc);
     P::store(c + k, acc);
   };
   index i = 0;
@@ -54,11 +54,11 @@ void update_column(index len, const R* x, R s_re, R s_im, R b_re, R b_im, R* c) 
         ci = c[i + 1];
       }
       if constexpr (kind == beta_kind::general) {
-        cr = madd(c[i + 1], -b_im, c[i] * b_re);
-        ci = madd(c[i], b_im, c[i + 1] * b_re);
+        cr = mul_add(c[i + 1], -b_im, c[i] * b_re);
+        ci = mul_add(c[i], b_im, c[i + 1] * b_re);
       }
-      cr = madd(x[i + 1], -s_im, madd(x[i], s_re, cr));
-      ci = madd(x[i], s_im, madd(x[i + 1], s_re, ci));
+      cr = mul_add(x[i + 1], -s_im, mul_add(x[i], s_re, cr));
+      ci = mul_add(x[i], s_im, mul_add(x[i + 1], s_re, ci));
       c[i] = cr;
       c[i + 1] = ci;
     }
@@ -67,7 +67,7 @@ void update_column(index len, const R* x, R s_re, R s_im, R b_re, R b_im, R* c) 
       R cv = 0;
       if constexpr (kind == beta_kind::one) cv = c[i];
       if constexpr (kind == beta_kind::general) cv = c[i] * b_re;
-      c[i] = madd(x[i], s_re, cv);
+      c[i] = mul_add(x[i], s_re, cv);
     }
   }
 }

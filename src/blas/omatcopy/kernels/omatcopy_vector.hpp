@@ -7,61 +7,27 @@
 #include <cstdint>
 
 #include "blas/omatcopy/kernels/omatcopy_element.hpp"
-
-#ifndef __SSE2__
-#error "the vector leaves need SSE2, which every x86-64 processor has"
-#endif
+#include "common/simd.hpp"
 
 namespace tav::TAV_PATH_NS::omatcopy {
 
-// ---- the real-vector vocabulary, overloaded on the register type ---------------------------
-
-inline __m128 mul(__m128 a, __m128 b) { return _mm_mul_ps(a, b); }
-inline __m128d mul(__m128d a, __m128d b) { return _mm_mul_pd(a, b); }
-inline __m128 add(__m128 a, __m128 b) { return _mm_add_ps(a, b); }
-inline __m128d add(__m128d a, __m128d b) { return _mm_add_pd(a, b); }
-inline __m128 bit_xor(__m128 a, __m128 b) { return _mm_xor_ps(a, b); }
-inline __m128d bit_xor(__m128d a, __m128d b) { return _mm_xor_pd(a, b); }
-// (re, im) pairs become (im, re).
-inline __m128 swap_pairs(__m128 v) { return _mm_shuffle_ps(v, v, 0xb1); }
-inline __m128d swap_pairs(__m128d v) { return _mm_shuffle_pd(v, v, 1); }
-inline void broadcast(__m128& v, float x) { v = _mm_set1_ps(x); }
-inline void broadcast(__m128d& v, double x) { v = _mm_set1_pd(x); }
-inline void alternate(__m128& v, float even, float odd) { v = _mm_setr_ps(even, odd, even, odd); }
-inline void alternate(__m128d& v, double even, double odd) { v = _mm_setr_pd(even, odd); }
-
-inline __m128 load_reg(const float* p, __m128) { return _mm_loadu_ps(p); }
-inline __m128d load_reg(const double* p, __m128d) { return _mm_loadu_pd(p); }
-inline void store_reg(float* p, __m128 v) { _mm_storeu_ps(p, v); }
-inline void store_reg(double* p, __m128d v) { _mm_storeu_pd(p, v); }
-inline void stream_reg(float* p, __m128 v) { _mm_stream_ps(p, v); }
-inline void stream_reg(double* p, __m128d v) { _mm_stream_pd(p, v); }
+// The vector vocabulary by register type; the rows below stay at 128 or 256 bits on every path.
+template <class Reg>
+struct ops;
+template <>
+struct ops<__m128> : simd128<float> {};
+template <>
+struct ops<__m128d> : simd128<double> {};
 
 // Two elements per register: the first elements of x and y, and the second ones.
 inline __m128d pair_first(__m128d x, __m128d y) { return _mm_unpacklo_pd(x, y); }
 inline __m128d pair_second(__m128d x, __m128d y) { return _mm_unpackhi_pd(x, y); }
 
 #if defined(__AVX__)
-inline __m256 mul(__m256 a, __m256 b) { return _mm256_mul_ps(a, b); }
-inline __m256d mul(__m256d a, __m256d b) { return _mm256_mul_pd(a, b); }
-inline __m256 add(__m256 a, __m256 b) { return _mm256_add_ps(a, b); }
-inline __m256d add(__m256d a, __m256d b) { return _mm256_add_pd(a, b); }
-inline __m256 bit_xor(__m256 a, __m256 b) { return _mm256_xor_ps(a, b); }
-inline __m256d bit_xor(__m256d a, __m256d b) { return _mm256_xor_pd(a, b); }
-inline __m256 swap_pairs(__m256 v) { return _mm256_permute_ps(v, 0xb1); }
-inline __m256d swap_pairs(__m256d v) { return _mm256_permute_pd(v, 0x5); }
-inline void broadcast(__m256& v, float x) { v = _mm256_set1_ps(x); }
-inline void broadcast(__m256d& v, double x) { v = _mm256_set1_pd(x); }
-inline void alternate(__m256& v, float even, float odd) {
-  v = _mm256_setr_ps(even, odd, even, odd, even, odd, even, odd);
-}
-inline void alternate(__m256d& v, double even, double odd) {
-  v = _mm256_setr_pd(even, odd, even, odd);
-}
-
-inline __m256d load_reg(const double* p, __m256d) { return _mm256_loadu_pd(p); }
-inline void store_reg(double* p, __m256d v) { _mm256_storeu_pd(p, v); }
-inline void stream_reg(double* p, __m256d v) { _mm256_stream_pd(p, v); }
+template <>
+struct ops<__m256> : simd256<float> {};
+template <>
+struct ops<__m256d> : simd256<double> {};
 
 // Two 16-byte elements per register.
 inline __m256d pair_first(__m256d x, __m256d y) { return _mm256_permute2f128_pd(x, y, 0x20); }
@@ -123,15 +89,15 @@ struct row4 {
 
   void load(const T* p) {
     const unit* u = reinterpret_cast<const unit*>(p);
-    for (int k = 0; k < parts; ++k) part[k] = load_reg(u + k * units_per_part, reg{});
+    for (int k = 0; k < parts; ++k) part[k] = ops<reg>::load(u + k * units_per_part);
   }
   void store(T* p) const {
     unit* u = reinterpret_cast<unit*>(p);
-    for (int k = 0; k < parts; ++k) store_reg(u + k * units_per_part, part[k]);
+    for (int k = 0; k < parts; ++k) ops<reg>::store(u + k * units_per_part, part[k]);
   }
   void stream(T* p) const {
     unit* u = reinterpret_cast<unit*>(p);
-    for (int k = 0; k < parts; ++k) stream_reg(u + k * units_per_part, part[k]);
+    for (int k = 0; k < parts; ++k) ops<reg>::stream(u + k * units_per_part, part[k]);
   }
 };
 
@@ -206,30 +172,31 @@ class row_op {
   using real = typename element<T>::real;
   using view = real_view<T>;
   using vec = typename view::type;
+  using V = ops<vec>;
 
  public:
   explicit row_op(const Op& op) {
     if constexpr (element<T>::is_complex) {
-      alternate(imag_sign_, real(0), real(-0.0));
-      alternate(real_sign_, real(-0.0), real(0));
-      broadcast(ar_, op.alpha.real);
-      broadcast(ai_, op.alpha.imag);
+      imag_sign_ = V::alternate(real(0), real(-0.0));
+      real_sign_ = V::alternate(real(-0.0), real(0));
+      ar_ = V::broadcast(op.alpha.real);
+      ai_ = V::broadcast(op.alpha.imag);
     } else {
-      broadcast(ar_, op.alpha);
+      ar_ = V::broadcast(op.alpha);
     }
   }
 
   void operator()(row4<T>& r) const {
     for (int k = 0; k < row4<T>::parts; ++k) {
       vec x = view::in(r.part[k]);
-      if constexpr (Op::conj) x = bit_xor(x, imag_sign_);
+      if constexpr (Op::conj) x = V::bit_xor(x, imag_sign_);
       if constexpr (Op::scale && element<T>::is_complex) {
         // (ar·xr + (-(ai·xi)), ar·xi + ai·xr): the scalar form's products, the sign moved
         // onto the second product, which rounds the same.
-        const vec cross = bit_xor(mul(ai_, swap_pairs(x)), real_sign_);
-        x = add(mul(ar_, x), cross);
+        const vec cross = V::bit_xor(V::mul(ai_, V::swap_pairs(x)), real_sign_);
+        x = V::add(V::mul(ar_, x), cross);
       } else if constexpr (Op::scale) {
-        x = mul(ar_, x);
+        x = V::mul(ar_, x);
       }
       r.part[k] = view::out(x);
     }
