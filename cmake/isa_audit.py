@@ -5,7 +5,8 @@
 # Exit status: 0 clean, 1 violations found, 2 the audit could not run.
 #
 # A function belongs to path P when its demangled name contains the namespace tav::path_P:: or
-# its C name is tav_<component>_P_<name>; every other function must stay at the x86-64 baseline,
+# its C name is tav_<component>_P_<name> (vector-math kernels: a family tag standing for P, see
+# VML_FAMILY_PATH); every other function must stay at the x86-64 baseline,
 # because the dispatcher may run it on any processor. The classifier reads the encoding from the
 # raw bytes (legacy opcode map, VEX, EVEX, XOP) and the mnemonic and operands from the text, and
 # errs towards the higher level: an instruction it cannot place never passes as baseline.
@@ -417,9 +418,21 @@ def paths_of_name(name):
     return tags
 
 
+# Vector-math kernels carry a kernel family tag in the middle of the name instead of the path
+# tag: tav_vml_kernel_<t><Func>_<FAM><ACC><flags>, e.g. tav_vml_kernel_dAdd_E7HAynn (avx2).
+# U8 and H8 stand for levels without a build of their own and name no kernel.
+VML_FAMILY_PATH = {"Z0": "def", "Y8": "cnr_def", "L9": "mc", "EX": "mc3", "E9": "avx",
+                   "E7": "avx2", "E2": "avx512_tp", "B3": "avx512"}
+VML_KERNEL_RE = re.compile(r"^tav_vml_kernel_[sdcz][A-Z][A-Za-z]*_([A-Z][A-Z0-9])(?:HA|LA|EP)"
+                           r"[a-z]{3}$")
+
+
 def c_name_path(name):
     if not name.startswith("tav_"):
         return None
+    vml = VML_KERNEL_RE.match(name)
+    if vml:
+        return VML_FAMILY_PATH.get(vml.group(1))
     tokens = name.split("_")
     for comp_len in (1, 2):
         if comp_len == 2 and "_".join(tokens[1:3]) not in MULTIWORD_COMPONENTS:

@@ -6,7 +6,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 
-peers=(libopenblas0-pthread libblis4-pthread)
+# SLEEF's headers and library for vml_pow_bench.
+peers=(libopenblas0-pthread libblis4-pthread libsleef-dev)
 missing=()
 for p in "${peers[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build and tests need, when they are missing.
 set -euo pipefail
-packages=(cmake ninja-build clang libomp-dev libgtest-dev python3 binutils)
+packages=(cmake ninja-build clang libomp-dev libgtest-dev python3 binutils libmpfr-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

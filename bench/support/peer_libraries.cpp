@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <sys/wait.h>
 #include <tav/tav_blas.h>
+#include <tav/tav_cblas.h>
 #include <tav/tav_cpu.h>
 #include <tav/tav_threads.h>
 #include <unistd.h>
@@ -49,9 +50,22 @@ bool complete(const blas_library& library) {
 void (*openblas_threads)(int) = nullptr;
 void (*blis_threads)(int64_t) = nullptr;  // BLIS's dim_t is 64-bit
 
-blas_library load_openblas() {
-  // The peer runs as it would for a user who set nothing: its own core detection and cache sizes.
-  unsetenv("OPENBLAS_CORETYPE");
+// The level-3 routines, by their Fortran-style and CBLAS names.
+void load_level3(void* handle, blas_library& library) {
+  library.sgemm = symbol<gemm_routine<float>>(handle, "sgemm_");
+  library.dgemm = symbol<gemm_routine<double>>(handle, "dgemm_");
+  library.cgemm = symbol<gemm_routine<std::complex<float>>>(handle, "cgemm_");
+  library.zgemm = symbol<gemm_routine<std::complex<double>>>(handle, "zgemm_");
+  library.cblas_dgemm = symbol<cblas_dgemm_routine>(handle, "cblas_dgemm");
+  library.dtrsm = symbol<dtrsm_routine>(handle, "dtrsm_");
+  library.dsyrk = symbol<dsyrk_routine>(handle, "dsyrk_");
+}
+
+blas_library load_openblas(const char* core_override) {
+  // The peer runs as it would for a user who set nothing (its own core detection and cache
+  // sizes), unless a core type is asked for.
+  if (core_override != nullptr) setenv("OPENBLAS_CORETYPE", core_override, 1);
+  else unsetenv("OPENBLAS_CORETYPE");
   unsetenv("OPENBLAS_L2_SIZE");
   blas_library library;
   library.name = "OpenBLAS";
@@ -60,6 +74,7 @@ blas_library load_openblas() {
   library.daxpy = symbol<daxpy_routine>(handle, "daxpy_");
   library.ddot = symbol<ddot_routine>(handle, "ddot_");
   library.dscal = symbol<dscal_routine>(handle, "dscal_");
+  load_level3(handle, library);
   openblas_threads = symbol<void(int)>(handle, "openblas_set_num_threads");
   if (openblas_threads) library.set_threads = [](int n) { openblas_threads(n); };
   auto config = symbol<const char*()>(handle, "openblas_get_config");
@@ -117,6 +132,7 @@ blas_library load_blis() {
   library.daxpy = symbol<daxpy_routine>(handle, "daxpy_");
   library.ddot = symbol<ddot_routine>(handle, "ddot_");
   library.dscal = symbol<dscal_routine>(handle, "dscal_");
+  load_level3(handle, library);
   blis_threads = symbol<void(int64_t)>(handle, "bli_thread_set_num_threads");
   if (blis_threads) library.set_threads = [](int n) { blis_threads(n); };
   auto version = symbol<const char*()>(handle, "bli_info_get_version_str");
@@ -141,15 +157,21 @@ blas_library tav_library() {
   library.daxpy = daxpy_;
   library.ddot = ddot_;
   library.dscal = dscal_;
+  library.sgemm = sgemm_;
+  library.dgemm = dgemm_;
+  library.cgemm = reinterpret_cast<gemm_routine<std::complex<float>>*>(cgemm_);
+  library.zgemm = reinterpret_cast<gemm_routine<std::complex<double>>*>(zgemm_);
+  library.cblas_dgemm = cblas_dgemm;
+  library.dtrsm = dtrsm_;
   library.set_threads = [](int n) { tav_serv_domain_set_num_threads(n, TAV_DOMAIN_BLAS); };
   const int type = tav_serv_cpu_detect();
   library.detail = "CPU type " + std::to_string(type) + " (" + path_of_type(type) + " path)";
   return library;
 }
 
-std::vector<blas_library> load_peers() {
+std::vector<blas_library> load_peers(const char* openblas_core) {
   std::vector<blas_library> peers;
-  for (blas_library library : {load_openblas(), load_blis()})
+  for (blas_library library : {load_openblas(openblas_core), load_blis()})
     if (complete(library)) peers.push_back(library);
   return peers;
 }

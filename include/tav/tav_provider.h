@@ -50,6 +50,29 @@ void z_matrix_multiply(int transa, int transb, int m, int n, int k, const tav_co
                        const tav_complex16* b, tav_complex16* c, tav_complex16 alpha,
                        tav_complex16 beta);
 
+/* Vector arithmetic: result[i] = a[i] op b[i] for i < n, through v?Add, v?Sub, v?Mul, v?Div
+   and v?Pow under the vector-math mode in force; the status stays in vmlGetErrStatus(). */
+void s_vector_add(int n, const float* a, const float* b, float* result);
+void d_vector_add(int n, const double* a, const double* b, double* result);
+void c_vector_add(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* result);
+void z_vector_add(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* result);
+void s_vector_subtract(int n, const float* a, const float* b, float* result);
+void d_vector_subtract(int n, const double* a, const double* b, double* result);
+void c_vector_subtract(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* result);
+void z_vector_subtract(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* result);
+void s_vector_multiply(int n, const float* a, const float* b, float* result);
+void d_vector_multiply(int n, const double* a, const double* b, double* result);
+void c_vector_multiply(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* result);
+void z_vector_multiply(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* result);
+void s_vector_divide(int n, const float* a, const float* b, float* result);
+void d_vector_divide(int n, const double* a, const double* b, double* result);
+void c_vector_divide(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* result);
+void z_vector_divide(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* result);
+void s_vector_power(int n, const float* a, const float* b, float* result);
+void d_vector_power(int n, const double* a, const double* b, double* result);
+void c_vector_power(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* result);
+void z_vector_power(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* result);
+
 TAV_END_DECLS
 
 #endif

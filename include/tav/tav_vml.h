@@ -3,6 +3,7 @@
 #define TAV_VML_H
 
 #include <tav/tav_export.h>
+#include <tav/tav_types.h>
 
 TAV_BEGIN_DECLS
 
@@ -91,6 +92,133 @@ tav_vml_error_callback VMLGETERRORCALLBACK_(void);
 tav_vml_error_callback vmlgeterrorcallback_(void);
 tav_vml_error_callback VMLCLEARERRORCALLBACK_(void);
 tav_vml_error_callback vmlclearerrorcallback_(void);
+
+
+/* Vector functions r[i] = a[i] op b[i] for i < n: v?Add, v?Sub, v?Mul, v?Div, v?Pow with the
+   prefixes s (float), d (double), c (tav_complex8), z (tav_complex16). n < 0 and null arrays are
+   reported through xerbla and the status; n = 0 does nothing. The twins vm? apply `mode` for the
+   call (as vmlSetMode does) and set the previous mode back afterwards. The Fortran forms take
+   every argument by reference. */
+void vsAdd(int n, const float* a, const float* b, float* r);
+void vmsAdd(int n, const float* a, const float* b, float* r, unsigned int mode);
+void VSADD_(const int* n, const float* a, const float* b, float* r);
+void vsadd_(const int* n, const float* a, const float* b, float* r);
+void VMSADD_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vmsadd_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vdAdd(int n, const double* a, const double* b, double* r);
+void vmdAdd(int n, const double* a, const double* b, double* r, unsigned int mode);
+void VDADD_(const int* n, const double* a, const double* b, double* r);
+void vdadd_(const int* n, const double* a, const double* b, double* r);
+void VMDADD_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vmdadd_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vcAdd(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vmcAdd(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, unsigned int mode);
+void VCADD_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vcadd_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void VMCADD_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vmcadd_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vzAdd(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vmzAdd(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, unsigned int mode);
+void VZADD_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vzadd_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void VMZADD_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vmzadd_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vsSub(int n, const float* a, const float* b, float* r);
+void vmsSub(int n, const float* a, const float* b, float* r, unsigned int mode);
+void VSSUB_(const int* n, const float* a, const float* b, float* r);
+void vssub_(const int* n, const float* a, const float* b, float* r);
+void VMSSUB_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vmssub_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vdSub(int n, const double* a, const double* b, double* r);
+void vmdSub(int n, const double* a, const double* b, double* r, unsigned int mode);
+void VDSUB_(const int* n, const double* a, const double* b, double* r);
+void vdsub_(const int* n, const double* a, const double* b, double* r);
+void VMDSUB_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vmdsub_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vcSub(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vmcSub(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, unsigned int mode);
+void VCSUB_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vcsub_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void VMCSUB_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vmcsub_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vzSub(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vmzSub(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, unsigned int mode);
+void VZSUB_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vzsub_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void VMZSUB_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vmzsub_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vsMul(int n, const float* a, const float* b, float* r);
+void vmsMul(int n, const float* a, const float* b, float* r, unsigned int mode);
+void VSMUL_(const int* n, const float* a, const float* b, float* r);
+void vsmul_(const int* n, const float* a, const float* b, float* r);
+void VMSMUL_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vmsmul_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vdMul(int n, const double* a, const double* b, double* r);
+void vmdMul(int n, const double* a, const double* b, double* r, unsigned int mode);
+void VDMUL_(const int* n, const double* a, const double* b, double* r);
+void vdmul_(const int* n, const double* a, const double* b, double* r);
+void VMDMUL_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vmdmul_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vcMul(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vmcMul(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, unsigned int mode);
+void VCMUL_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vcmul_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void VMCMUL_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vmcmul_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vzMul(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vmzMul(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, unsigned int mode);
+void VZMUL_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vzmul_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void VMZMUL_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vmzmul_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vsDiv(int n, const float* a, const float* b, float* r);
+void vmsDiv(int n, const float* a, const float* b, float* r, unsigned int mode);
+void VSDIV_(const int* n, const float* a, const float* b, float* r);
+void vsdiv_(const int* n, const float* a, const float* b, float* r);
+void VMSDIV_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vmsdiv_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vdDiv(int n, const double* a, const double* b, double* r);
+void vmdDiv(int n, const double* a, const double* b, double* r, unsigned int mode);
+void VDDIV_(const int* n, const double* a, const double* b, double* r);
+void vddiv_(const int* n, const double* a, const double* b, double* r);
+void VMDDIV_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vmddiv_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vcDiv(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vmcDiv(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, unsigned int mode);
+void VCDIV_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vcdiv_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void VMCDIV_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vmcdiv_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vzDiv(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vmzDiv(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, unsigned int mode);
+void VZDIV_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vzdiv_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void VMZDIV_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vmzdiv_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vsPow(int n, const float* a, const float* b, float* r);
+void vmsPow(int n, const float* a, const float* b, float* r, unsigned int mode);
+void VSPOW_(const int* n, const float* a, const float* b, float* r);
+void vspow_(const int* n, const float* a, const float* b, float* r);
+void VMSPOW_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vmspow_(const int* n, const float* a, const float* b, float* r, const unsigned int* mode);
+void vdPow(int n, const double* a, const double* b, double* r);
+void vmdPow(int n, const double* a, const double* b, double* r, unsigned int mode);
+void VDPOW_(const int* n, const double* a, const double* b, double* r);
+void vdpow_(const int* n, const double* a, const double* b, double* r);
+void VMDPOW_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vmdpow_(const int* n, const double* a, const double* b, double* r, const unsigned int* mode);
+void vcPow(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vmcPow(int n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, unsigned int mode);
+void VCPOW_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void vcpow_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r);
+void VMCPOW_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vmcpow_(const int* n, const tav_complex8* a, const tav_complex8* b, tav_complex8* r, const unsigned int* mode);
+void vzPow(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vmzPow(int n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, unsigned int mode);
+void VZPOW_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void vzpow_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r);
+void VMZPOW_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
+void vmzpow_(const int* n, const tav_complex16* a, const tav_complex16* b, tav_complex16* r, const unsigned int* mode);
 
 TAV_END_DECLS
 

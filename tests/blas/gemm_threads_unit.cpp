@@ -186,6 +186,8 @@ INSTANTIATE_TEST_SUITE_P(
     Routes, GemmThreads,
     testing::Values(
         thread_case{"version1_def", {{"TAV_DEBUG_CPU_TYPE", "0"}}, "0", false},
+        thread_case{"version1_mc", {{"TAV_DEBUG_CPU_TYPE", "2"}}, "2", false},
+        thread_case{"version1_mc3", {{"TAV_DEBUG_CPU_TYPE", "3"}}, "3", false},
         thread_case{"version1_avx", {{"TAV_DEBUG_CPU_TYPE", "4"}}, "4", false},
         thread_case{"version2_avx2", {{"TAV_DEBUG_CPU_TYPE", "5"}}, "5", false},
         thread_case{"stripes_avx2", {{"TAV_DEBUG_CPU_TYPE", "5"}, {"TAV_NUM_STRIPES", "3"}}, "5",

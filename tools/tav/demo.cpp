@@ -1,5 +1,5 @@
-// `tav demo`: one matrix product and one dot product through the provider functions, each checked
-// against a plain loop computed here.
+// `tav demo`: one matrix product, one dot product and each element-wise vector function through
+// the provider functions, each checked against a plain loop computed here.
 #include <tav/tav.h>
 
 #include <cmath>
@@ -65,12 +65,47 @@ bool dot_product() {
   return ok;
 }
 
+// One call of each element-wise vector function, every result checked against the operation
+// done here.
+bool vector_functions() {
+  constexpr int length = 4;
+  const double a[length] = {1.5, -2, 3, 0.25}, b[length] = {2, 4, -0.5, 3};
+  struct {
+    const char* name;
+    void (*call)(int, const double*, const double*, double*);
+    double (*want)(double, double);
+  } const functions[] = {
+      {"add", d_vector_add, [](double x, double y) { return x + y; }},
+      {"subtract", d_vector_subtract, [](double x, double y) { return x - y; }},
+      {"multiply", d_vector_multiply, [](double x, double y) { return x * y; }},
+      {"divide", d_vector_divide, [](double x, double y) { return x / y; }},
+      {"power", d_vector_power, [](double x, double y) { return std::pow(x, y); }},
+  };
+  bool all_ok = true;
+  std::printf("vector functions on a = (1.5, -2, 3, 0.25), b = (2, 4, -0.5, 3):\n");
+  for (const auto& f : functions) {
+    double r[length];
+    f.call(length, a, b, r);
+    bool ok = true;
+    std::printf("  %-9s", f.name);
+    for (int i = 0; i < length; ++i) {
+      const double want = f.want(a[i], b[i]);
+      ok = ok && (std::isnan(want) ? std::isnan(r[i]) : close(r[i], want, std::fabs(want)));
+      std::printf(" %10.4f", r[i]);
+    }
+    std::printf("  %s\n", ok ? "ok" : "MISMATCH");
+    all_ok = all_ok && ok;
+  }
+  return all_ok;
+}
+
 }  // namespace
 
 int demo() {
   const bool product_ok = matrix_product();
   const bool dot_ok = dot_product();
-  return product_ok && dot_ok ? 0 : 1;
+  const bool vector_ok = vector_functions();
+  return product_ok && dot_ok && vector_ok ? 0 : 1;
 }
 
 }  // namespace tav::tool

@@ -23,6 +23,15 @@ int tall_k_rule(index m, index n, index k, int available) {
   return k / wider >= 4 ? available : 1;
 }
 
+double product_flops(index m, index n, index k) {
+  return 2.0 * static_cast<double>(m) * static_cast<double>(n) * static_cast<double>(k);
+}
+
+// W of the general row and of path 7.
+double scaled_work(int path, index m, index n, index k) {
+  return product_flops(m, n, k) * (path == 7 ? 0.03125 : 0.0625);
+}
+
 index edge_of(index extent, index blocks) {
   const index per = (extent + blocks - 1) / blocks;
   return (per + 7) / 8 * 8;
@@ -32,20 +41,22 @@ index edge_of(index extent, index blocks) {
 
 int gemm_thread_count(int path, index m, index n, index k, int available) {
   if (available <= 1) return 1;
-  const double flops = 2.0 * static_cast<double>(m) * static_cast<double>(n) *
-                       static_cast<double>(k);
   if (path == 6) {
     const bool candidate =
         (m > 32 || n > 60) ? (k > 16 || m > 128 || n > 112) : k > 32;
     if (!candidate) return 1;
-    const double w = flops / 3.2;
+    const double w = product_flops(m, n, k) / 3.2;
     if (w < 8000) return tall_k_rule(m, n, k, available);
     const int nt = stepped_reduction(available, w, 2500, 3000);
     return nt > 1 ? nt : tall_k_rule(m, n, k, available);
   }
-  const double w = flops * (path == 7 ? 0.03125 : 0.0625);
+  const double w = scaled_work(path, m, n, k);
   if (available <= 4) return w < 3000 ? 1 : linear_reduction(available, w);
   return w < 5000 ? 1 : stepped_reduction(available, w, 500, 4000);
+}
+
+bool gemm_one_thread_by_work(int path, index m, index n, index k) {
+  return path != 6 && scaled_work(path, m, n, k) < 3000;
 }
 
 c_grid stripes_grid(int stripes, int team, index m, index n) {

@@ -11,6 +11,11 @@ namespace tav::blas {
 // driver uses as well). At least 1.
 int gemm_thread_count(int path, index m, index n, index k, int available);
 
+// Whether the work alone settles gemm_thread_count at 1 whatever `available` is: W below 3000,
+// the smallest small-work bound, on every path but 6 (whose tall-k rule may keep every thread).
+// Lets a small product skip the threading service's query.
+bool gemm_one_thread_by_work(int path, index m, index n, index k);
+
 // Thread t of a team computes rows [(t mod row_blocks)·mb, +mb) and columns
 // [(t div row_blocks)·nb, +nb) of C, clipped to m x n; a block starting outside C is empty.
 // Blocks are disjoint and, for t < row_blocks·col_blocks <= team size, cover C.

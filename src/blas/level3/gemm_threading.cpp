@@ -64,9 +64,17 @@ int available_threads() {
   return omp_in_parallel() ? 1 : tav_serv_domain_get_max_threads(TAV_DOMAIN_BLAS);
 }
 
+// The size formulas' thread count; the threading service is asked only when the work alone does
+// not already settle it at one thread.
+template <class T>
+int sized_thread_count(int path, const gemm_call<T>& g) {
+  if (gemm_one_thread_by_work(path, g.m, g.n, g.k)) return 1;
+  return gemm_thread_count(path, g.m, g.n, g.k, available_threads());
+}
+
 template <class T>
 void gemm_omp_driver_v1(const gemm_call<T>& g) {
-  const int nt = gemm_thread_count(tav_blas_gemm_code_path(), g.m, g.n, g.k, available_threads());
+  const int nt = sized_thread_count(tav_blas_gemm_code_path(), g);
   run_team(g, nt, [&](int team) { return balanced_grid(team, g.m, g.n); });
 }
 
@@ -100,7 +108,7 @@ void gemm_general(const gemm_call<T>& g) {
     return;
   }
   const int path = tav_blas_gemm_code_path();
-  const int nt = gemm_thread_count(path, g.m, g.n, g.k, available_threads());
+  const int nt = sized_thread_count(path, g);
   if (nt == 1) {
     serial_whole(g);
     return;

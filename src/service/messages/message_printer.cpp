@@ -49,6 +49,12 @@ constexpr message_row message_table[] = {
      "instructions."},
     {1212, 4, "Orvat TAV INTERNAL ERROR: Issue accessing coprocessor %s."},
     {1213, 4, "Orvat TAV ERROR: CPU %d is not supported."},
+    {1410, 2, "Error (VML_STATUS_BADSIZE) in %s: array size %d is not positive."},
+    {1411, 2, "Error (VML_STATUS_BADMEM) in %s: NULL pointer is passed."},
+    {1412, 2, "Error (VML_STATUS_ERRDOM) in %s: argument is out of domain."},
+    {1413, 2, "Error (VML_STATUS_SING) in %s: argument caused singularity."},
+    {1414, 2, "Error (VML_STATUS_OVERFLOW) in %s: argument caused overflow."},
+    {1415, 2, "Error (VML_STATUS_UNDERFLOW) in %s: argument caused underflow."},
 };
 
 // "" for a row this library does not carry.

@@ -6,6 +6,16 @@
 
 namespace tav::TAV_PATH_NS::gemm {
 
+// How often each serial route ran on this path, indexed by serial_route, for the tests that check
+// a shape reaches its route. A relaxed load and store, no locked add: the count may miss calls
+// that race on two threads, which no test does, and a small product pays no atomic.
+long route_counts[6];
+
+inline void count_route(serial_route r) {
+  long& n = route_counts[static_cast<int>(r)];
+  __atomic_store_n(&n, __atomic_load_n(&n, __ATOMIC_RELAXED) + 1, __ATOMIC_RELAXED);
+}
+
 template <class E>
 void serial_gemm(const char* transa, const char* transb, const index* m, const index* n,
                  const index* k, const E* alpha, const E* a, const index* lda, const E* b,
@@ -17,6 +27,7 @@ void serial_gemm(const char* transa, const char* transb, const index* m, const i
                      *m, *n, *k, *alpha, *beta, c, *ldc};
   const bool alpha_zero = is_zero(p.alpha), beta_zero = is_zero(p.beta);
   const serial_route route = route_serial<E>({ta, tb, p.m, p.n, p.k, alpha_zero, beta_zero});
+  count_route(route);
   if (route == serial_route::done) return;
   if (route == serial_route::nocopy_6x6) {
     if (beta_zero) nocopy_anbn_meq6_keq6<E, true>(p);
@@ -49,6 +60,7 @@ tav::blas::xgemm_fn<float> TAV_PATH_NAME(blas, xsgemm), TAV_PATH_NAME(blas, xcge
 tav::blas::xgemm_fn<double> TAV_PATH_NAME(blas, xdgemm), TAV_PATH_NAME(blas, xzgemm);
 tav::blas::path_query_fn TAV_PATH_NAME(blas, get_kernel_api_version),
     TAV_PATH_NAME(blas, gemm_code_path);
+long TAV_PATH_NAME(blas, gemm_route_count)(int route);
 
 void TAV_PATH_NAME(blas, xsgemm)(const char* transa, const char* transb, const int64_t* m,
                                  const int64_t* n, const int64_t* k, const float* alpha,
@@ -93,5 +105,10 @@ int TAV_PATH_NAME(blas, get_kernel_api_version)() {
 }
 
 int TAV_PATH_NAME(blas, gemm_code_path)() { return TAV_PATH_ID; }
+
+// Test hook: the calls of this path's serial entries that took route `route` (a serial_route).
+long TAV_PATH_NAME(blas, gemm_route_count)(int route) {
+  return __atomic_load_n(&tav::TAV_PATH_NS::gemm::route_counts[route], __ATOMIC_RELAXED);
+}
 
 }  // extern "C"

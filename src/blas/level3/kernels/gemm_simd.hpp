@@ -10,7 +10,8 @@
 
 namespace tav::TAV_PATH_NS::gemm {
 
-// simd<R>: reg, width (lanes), zero, load/store (unaligned), broadcast, add, mul,
+// simd<R>: reg, width (lanes), zero, load/store (unaligned), broadcast (of a value),
+// broadcast_load (of the element at an address, a load with no shuffle), add, mul,
 // mul_add(a, b, c) = a·b + c (one rounding only where the path has FMA), swap_pairs (exchange the
 // lanes of each pair: re <-> im), alternate(even, odd) (a constant with even lanes `even`).
 template <class R>
@@ -27,6 +28,7 @@ struct simd<double> {
   static reg load(const double* p) { return _mm512_loadu_pd(p); }
   static void store(double* p, reg v) { _mm512_storeu_pd(p, v); }
   static reg broadcast(double x) { return _mm512_set1_pd(x); }
+  static reg broadcast_load(const double* p) { return _mm512_set1_pd(*p); }
   static reg add(reg a, reg b) { return _mm512_add_pd(a, b); }
   static reg mul(reg a, reg b) { return _mm512_mul_pd(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm512_fmadd_pd(a, b, c); }
@@ -42,6 +44,7 @@ struct simd<float> {
   static reg load(const float* p) { return _mm512_loadu_ps(p); }
   static void store(float* p, reg v) { _mm512_storeu_ps(p, v); }
   static reg broadcast(float x) { return _mm512_set1_ps(x); }
+  static reg broadcast_load(const float* p) { return _mm512_set1_ps(*p); }
   static reg add(reg a, reg b) { return _mm512_add_ps(a, b); }
   static reg mul(reg a, reg b) { return _mm512_mul_ps(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm512_fmadd_ps(a, b, c); }
@@ -61,6 +64,7 @@ struct simd<double> {
   static reg load(const double* p) { return _mm256_loadu_pd(p); }
   static void store(double* p, reg v) { _mm256_storeu_pd(p, v); }
   static reg broadcast(double x) { return _mm256_set1_pd(x); }
+  static reg broadcast_load(const double* p) { return _mm256_broadcast_sd(p); }
   static reg add(reg a, reg b) { return _mm256_add_pd(a, b); }
   static reg mul(reg a, reg b) { return _mm256_mul_pd(a, b); }
 #if defined(__FMA__)
@@ -80,6 +84,7 @@ struct simd<float> {
   static reg load(const float* p) { return _mm256_loadu_ps(p); }
   static void store(float* p, reg v) { _mm256_storeu_ps(p, v); }
   static reg broadcast(float x) { return _mm256_set1_ps(x); }
+  static reg broadcast_load(const float* p) { return _mm256_broadcast_ss(p); }
   static reg add(reg a, reg b) { return _mm256_add_ps(a, b); }
   static reg mul(reg a, reg b) { return _mm256_mul_ps(a, b); }
 #if defined(__FMA__)
@@ -101,6 +106,7 @@ struct simd<double> {
   static reg load(const double* p) { return _mm_loadu_pd(p); }
   static void store(double* p, reg v) { _mm_storeu_pd(p, v); }
   static reg broadcast(double x) { return _mm_set1_pd(x); }
+  static reg broadcast_load(const double* p) { return _mm_load1_pd(p); }
   static reg add(reg a, reg b) { return _mm_add_pd(a, b); }
   static reg mul(reg a, reg b) { return _mm_mul_pd(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm_add_pd(_mm_mul_pd(a, b), c); }
@@ -116,6 +122,7 @@ struct simd<float> {
   static reg load(const float* p) { return _mm_loadu_ps(p); }
   static void store(float* p, reg v) { _mm_storeu_ps(p, v); }
   static reg broadcast(float x) { return _mm_set1_ps(x); }
+  static reg broadcast_load(const float* p) { return _mm_load1_ps(p); }
   static reg add(reg a, reg b) { return _mm_add_ps(a, b); }
   static reg mul(reg a, reg b) { return _mm_mul_ps(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm_add_ps(_mm_mul_ps(a, b), c); }
@@ -146,6 +153,7 @@ struct simd {
     for (int i = 0; i < width; ++i) r.lane[i] = x;
     return r;
   }
+  static reg broadcast_load(const R* p) { return broadcast(*p); }
   static reg add(reg a, reg b) {
     for (int i = 0; i < width; ++i) a.lane[i] = a.lane[i] + b.lane[i];
     return a;
@@ -171,5 +179,11 @@ struct simd {
 };
 
 #endif
+
+// Elements of E per register: lanes of the real type, halved for complex pairs.
+template <class E>
+constexpr int lanes() {
+  return simd<real_of<E>>::width / (element<E>::complex ? 2 : 1);
+}
 
 }  // namespace tav::TAV_PATH_NS::gemm

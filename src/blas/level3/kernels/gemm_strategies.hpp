@@ -70,11 +70,31 @@ void with_b_sliver(const operand<E>& b, index pc, index kc, index jc, index nn, 
 template <class E, int MR, int NR, class B>
 void sweep_rows(index kc, E alpha, const E* a, index mm, B b, E* c, index ldc, index nn) {
   for (index ir = 0; ir < mm; ir += MR)
-    ukernel<E, MR, NR>(kc, alpha, a + ir * kc, b, c + ir, ldc, min_of(MR, mm - ir), nn);
+    ukernel<E, MR, NR>(kc, alpha, a + ir * kc, MR, b, c + ir, ldc, min_of(MR, mm - ir), nn);
 }
 
-// Small strategy: per k block, each MR-row sliver of op(A) is packed on the stack (at most
-// MR x kb_max elements) and swept across B read in place; no heap buffer.
+// A register-block height as a type, for the dispatch below.
+template <int H>
+struct height {
+  static constexpr int value = H;
+};
+
+// Calls f(height<H>) with the shortest register block H (whole vectors, at most MR) that covers
+// `rows`, so a thin edge of rows does not pay for a full MR-row block of zeros.
+template <class E, int H, int MR, class F>
+void with_height(index rows, F f) {
+  if constexpr (H >= MR) f(height<MR>{});
+  else if (rows <= H) f(height<H>{});
+  else with_height<E, H + lanes<E>(), MR>(rows, f);
+}
+
+// The most elements an A sliver read in place may span (kc columns of lda): 64 KiB.
+template <class E>
+constexpr index in_place_span = index{65536} / sizeof(E);
+
+// Small strategy: no heap buffers. Per k block, each sliver of rows of op(A) is read in place
+// when A is untransposed and the sliver's rows fill whole vectors, and packed on the stack
+// (at most MR x kb_max elements) otherwise; B is read in place where a sliver is whole.
 template <class E>
 void run_small(const problem<E>& p) {
   constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
@@ -85,13 +105,21 @@ void run_small(const problem<E>& p) {
     const index kc = min_of(kb, p.k - pc);
     for (index ic = 0; ic < p.m; ic += MR) {
       const index mm = min_of(MR, p.m - ic);
-      pack_a<E, MR>(p.a, ic, mm, pc, kc, a_sliver);
-      for (index jc = 0; jc < p.n; jc += NR) {
-        const index nn = min_of(NR, p.n - jc);
-        with_b_sliver<E, NR>(p.b, pc, kc, jc, nn, b_sliver, [&](auto b) {
-          sweep_rows<E, MR, NR>(kc, p.alpha, a_sliver, mm, b, p.c + ic + jc * p.ldc, p.ldc, nn);
-        });
-      }
+      with_height<E, lanes<E>(), MR>(mm, [&](auto h) {
+        constexpr int H = decltype(h)::value;
+        // In place only while the sliver's columns span few pages: far apart, each k step of
+        // the kernel would touch a new page.
+        const bool in_place = !p.a.trans && mm == H && p.a.ld * kc <= in_place_span<E>;
+        if (!in_place) pack_a<E, H>(p.a, ic, mm, pc, kc, a_sliver);
+        const E* a = in_place ? p.a.at(ic, pc) : a_sliver;
+        const index a_step = in_place ? p.a.ld : H;
+        for (index jc = 0; jc < p.n; jc += NR) {
+          const index nn = min_of(NR, p.n - jc);
+          with_b_sliver<E, NR>(p.b, pc, kc, jc, nn, b_sliver, [&](auto b) {
+            ukernel<E, H, NR>(kc, p.alpha, a, a_step, b, p.c + ic + jc * p.ldc, p.ldc, mm, nn);
+          });
+        }
+      });
     }
   }
 }
@@ -149,11 +177,15 @@ void driver(const problem<E>& p) {
         const index nc = min_of(f.nb, p.n - jc);
         pack_b<E, NR>(p.b, pc, kc, jc, nc, bt);
         for (index ir = 0; ir < mc; ir += MR) {
-          const index mm = min_of(MR, mc - ir);
+          const index mm = min_of(MR, mc - ir), next_mm = min_of(MR, mc - ir - MR);
           for (index jr = 0; jr < nc; jr += NR) {
-            ukernel<E, MR, NR>(kc, p.alpha, at + ir * kc, packed_b<E, NR>{bt + jr * kc},
-                               p.c + (ic + ir) + (jc + jr) * p.ldc, p.ldc, mm,
-                               min_of(NR, nc - jr));
+            E* const tile = p.c + (ic + ir) + (jc + jr) * p.ldc;
+            const index nn = min_of(NR, nc - jr);
+            // The tile below is requested one sweep of B̃ ahead: with short k a kernel call is
+            // too brief to hide the memory latency of its own tile.
+            if (next_mm > 0) prefetch_tile(tile + MR, p.ldc, next_mm, nn);
+            ukernel<E, MR, NR>(kc, p.alpha, at + ir * kc, MR, packed_b<E, NR>{bt + jr * kc},
+                               tile, p.ldc, mm, nn);
           }
         }
       }

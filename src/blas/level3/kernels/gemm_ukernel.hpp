@@ -1,5 +1,7 @@
-// The register-blocked micro-kernel: C(0:mm, 0:nn) += alpha·Ã·B̃ for one MR x kc sliver of packed
-// A and one kc x NR sliver of B, real and complex, written once against the vector vocabulary.
+// The register-blocked micro-kernel: C(0:mm, 0:nn) += alpha·Ã·B̃ for one MR x kc sliver of A and
+// one kc x NR sliver of B, real and complex, written once against the vector vocabulary. The A
+// sliver is column l at a + l·a_step: packed (a_step = MR) or read in place from an
+// untransposed A whose MR rows all exist (a_step = lda).
 #pragma once
 
 #include "blas/level3/kernels/gemm_element.hpp"
@@ -7,12 +9,18 @@
 
 namespace tav::TAV_PATH_NS::gemm {
 
-// B̃ as the pack routines lay it out: row l of the sliver is NR consecutive elements.
+// B̃ as the pack routines lay it out: row l of the sliver is NR consecutive elements. The sliver
+// streams from L2 (the panel is kb x nb); the row `ahead` steps on is requested early so that the
+// broadcasts find it in L1.
 template <class E, int NR>
 struct packed_b {
+  static constexpr int ahead = 8;
   const E* p;
-  E get(int j) const { return p[j]; }
-  void next() { p += NR; }
+  const E* at(int j) const { return p + j; }
+  void next() {
+    __builtin_prefetch(p + ahead * NR, 0, 3);
+    p += NR;
+  }
 };
 
 // B read in place: element (l, j) of the sliver at p + l·step_l + j·step_j (no conjugation).
@@ -20,7 +28,7 @@ template <class E>
 struct strided_b {
   const E* p;
   index step_l, step_j;
-  E get(int j) const { return p[j * step_j]; }
+  const E* at(int j) const { return p + j * step_j; }
   void next() { p += step_l; }
 };
 
@@ -38,7 +46,8 @@ inline void prefetch_tile(const E* c, index ldc, index mm, index nn) {
 // element, whatever the tile position, so a product split over threads or strategies adds the
 // same terms in the same order (bitwise equal on the paths without FMA contraction).
 template <class R, int MR, int NR, class B>
-void ukernel_real(index kc, R alpha, const R* a, B b, R* c, index ldc, index mm, index nn) {
+void ukernel_real(index kc, R alpha, const R* a, index a_step, B b, R* c, index ldc, index mm,
+                  index nn) {
   using V = simd<R>;
   using reg = typename V::reg;
   constexpr int W = V::width, MV = MR / W;
@@ -49,17 +58,18 @@ void ukernel_real(index kc, R alpha, const R* a, B b, R* c, index ldc, index mm,
   for (int j = 0; j < NR; ++j)
 #pragma unroll
     for (int v = 0; v < MV; ++v) acc[v][j] = V::zero();
+#pragma unroll 2
   for (index l = 0; l < kc; ++l) {
     reg av[MV];
 #pragma unroll
     for (int v = 0; v < MV; ++v) av[v] = V::load(a + v * W);
 #pragma unroll
     for (int j = 0; j < NR; ++j) {
-      const reg bj = V::broadcast(b.get(j));
+      const reg bj = V::broadcast_load(b.at(j));
 #pragma unroll
       for (int v = 0; v < MV; ++v) acc[v][j] = V::mul_add(av[v], bj, acc[v][j]);
     }
-    a += MR;
+    a += a_step;
     b.next();
   }
   const reg va = V::broadcast(alpha);
@@ -87,8 +97,8 @@ void ukernel_real(index kc, R alpha, const R* a, B b, R* c, index ldc, index mm,
 // and b = (br, bi) broadcast part by part, acc_r sums (ar·br, ai·br) and acc_i sums
 // (ar·bi, ai·bi); then a·b = acc_r + (-(ai·bi), ar·bi) = acc_r + alternate(-1, 1)·swap(acc_i).
 template <class R, int MR, int NR, class B>
-void ukernel_complex(index kc, cpx<R> alpha, const cpx<R>* a, B b, cpx<R>* c, index ldc, index mm,
-                     index nn) {
+void ukernel_complex(index kc, cpx<R> alpha, const cpx<R>* a, index a_step, B b, cpx<R>* c,
+                     index ldc, index mm, index nn) {
   using V = simd<R>;
   using reg = typename V::reg;
   constexpr int W = V::width, MV = 2 * MR / W;
@@ -106,15 +116,17 @@ void ukernel_complex(index kc, cpx<R> alpha, const cpx<R>* a, B b, cpx<R>* c, in
     for (int v = 0; v < MV; ++v) av[v] = V::load(ar + v * W);
 #pragma unroll
     for (int j = 0; j < NR; ++j) {
-      const cpx<R> e = b.get(j);
-      const reg br = V::broadcast(e.re), bi = V::broadcast(e.im);
+      // Each part broadcast straight from memory: a load, where a pair loaded once would cost
+      // two shuffles per column.
+      const R* e = &b.at(j)->re;
+      const reg br = V::broadcast_load(e), bi = V::broadcast_load(e + 1);
 #pragma unroll
       for (int v = 0; v < MV; ++v) {
         acc_r[v][j] = V::mul_add(av[v], br, acc_r[v][j]);
         acc_i[v][j] = V::mul_add(av[v], bi, acc_i[v][j]);
       }
     }
-    ar += 2 * MR;
+    ar += 2 * a_step;
     b.next();
   }
   // s = alpha·p = alpha_re·p + alpha_im·(-p_im, p_re).
@@ -146,11 +158,12 @@ void ukernel_complex(index kc, cpx<R> alpha, const cpx<R>* a, B b, cpx<R>* c, in
 
 // One entry for the four element types: C(0:mm, 0:nn) += alpha·Ã·B̃.
 template <class E, int MR, int NR, class B>
-inline void ukernel(index kc, E alpha, const E* a, B b, E* c, index ldc, index mm, index nn) {
+inline void ukernel(index kc, E alpha, const E* a, index a_step, B b, E* c, index ldc, index mm,
+                    index nn) {
   if constexpr (element<E>::complex)
-    ukernel_complex<real_of<E>, MR, NR>(kc, alpha, a, b, c, ldc, mm, nn);
+    ukernel_complex<real_of<E>, MR, NR>(kc, alpha, a, a_step, b, c, ldc, mm, nn);
   else
-    ukernel_real<E, MR, NR>(kc, alpha, a, b, c, ldc, mm, nn);
+    ukernel_real<E, MR, NR>(kc, alpha, a, a_step, b, c, ldc, mm, nn);
 }
 
 }  // namespace tav::TAV_PATH_NS::gemm

@@ -1,0 +1,64 @@
+// One vector-math call of the two-inputs-one-output shape, written once for every function and
+// element type: argument checks and their reports, kernel selection by code path and accuracy,
+// and the threaded run; the mode-taking twin wraps it in a mode change.
+#pragma once
+
+#include <tav/tav_error.h>
+#include <tav/tav_vml.h>
+
+#include <cstring>
+
+#include "service/cpu/cpu_state.hpp"
+#include "vml/kernels/vml_kernel.hpp"
+#include "vml/mode/vml_state.hpp"
+#include "vml/threader/threader_2i_1o.hpp"
+
+namespace tav::vml {
+
+// A function's kernel table and cost table, indexed alike.
+template <class T>
+struct function_tables {
+  const kernel_fn<T>* kernels;
+  const float* costs;
+};
+
+// Reports through the exported xerbla chain, so that a program's own xerbla_ receives it, and
+// leaves the status.
+inline void report_argument(const char* name, int position, int status) {
+  const int info = position;
+  xerbla(name, &info, static_cast<int>(std::strlen(name)));
+  set_error_status(status);
+}
+
+// The table index: vector-math CPU type plus 10·(accuracy − 1). An accuracy field outside LA, HA
+// and EP (vmlSetMode stores any non-zero group) reads as HA.
+inline int table_index(unsigned mode) {
+  unsigned accuracy = mode & VML_ACCURACY_MASK;
+  if (accuracy < VML_LA || accuracy > VML_EP) accuracy = VML_HA;
+  return service::vml_cpu_type() + path_slots * static_cast<int>(accuracy - 1);
+}
+
+template <class T, class C>
+void vector_call(int n, const C* a, const C* b, C* r, function_tables<T> tables,
+                 const char* name) {
+  if (n < 0) return report_argument(name, 1, VML_STATUS_BADSIZE);
+  if (n == 0) return;
+  if (a == nullptr) return report_argument(name, 2, VML_STATUS_BADMEM);
+  if (b == nullptr) return report_argument(name, 3, VML_STATUS_BADMEM);
+  if (r == nullptr) return report_argument(name, 4, VML_STATUS_BADMEM);
+  const int index = table_index(current_mode());
+  run_2i_1o(n, reinterpret_cast<const T*>(a), reinterpret_cast<const T*>(b),
+            reinterpret_cast<T*>(r), tables.kernels[index], tables.costs[index]);
+}
+
+// The twin applies its mode with the rules of vmlSetMode (zero groups keep the thread's
+// setting) and afterwards sets the previous mode back the same way.
+template <class T, class C>
+void vector_call_with_mode(int n, const C* a, const C* b, C* r, unsigned mode,
+                           function_tables<T> tables, const char* name) {
+  const unsigned previous = change_mode(mode);
+  vector_call(n, a, b, r, tables, name);
+  change_mode(previous);
+}
+
+}  // namespace tav::vml

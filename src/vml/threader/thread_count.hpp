@@ -1,0 +1,20 @@
+// How many threads one vector-math call uses: none below 100 elements, else the vector-math
+// domain's maximum, or with dynamic threading a count proportional to the call's estimated work.
+#pragma once
+
+namespace tav::vml {
+
+// Arrays shorter than this run in the caller's thread.
+inline constexpr int threading_threshold = 100;
+
+// The machine's work-to-threads factor A of t = int(w·n·A): 0 on one logical processor, else
+// 2 / (9000·a + 60000·b + 500000·c), where a, b and c are the shares of the other logical
+// processors that sit in another package, on another core of the same package, and on the same
+// core. Computed once per process from P packages, C cores and L logical processors.
+double machine_factor(int packages, int cores, int logical);
+
+// Threads for n elements at cost w per element, at least 1; 1 inside a parallel region, so that
+// a call made there never oversubscribes the processors.
+int thread_count(int n, float cost);
+
+}  // namespace tav::vml

@@ -1,0 +1,56 @@
+// The threader of the functions with two input arrays and one output array: it runs the chosen
+// kernel on the whole array in the caller's thread, or splits the array into one contiguous
+// share per thread of one parallel region, each worker running with the caller's mode and
+// callback and reporting error indices relative to the caller's arrays.
+#pragma once
+
+#include <omp.h>
+
+#include <vector>
+
+#include "vml/kernels/vml_kernel.hpp"
+#include "vml/mode/vml_state.hpp"
+#include "vml/threader/thread_count.hpp"
+
+namespace tav::vml {
+
+// The parallel region on its own: a function that opens one asks the OpenMP runtime for the
+// caller's thread number on entry, which serial calls need not pay.
+template <class T>
+[[gnu::noinline]] void run_2i_1o_threaded(int threads, int n, const T* a, const T* b, T* r,
+                                          kernel_fn<T> kernel) {
+  const unsigned mode = current_mode();
+  const tav_vml_error_callback callback = error_callback();
+  // Each worker's status, of which the caller takes the first that is not 0.
+  std::vector<int> statuses(threads, VML_STATUS_OK);
+#pragma omp parallel num_threads(threads)
+  {
+    adopt_caller_settings(mode, callback);
+    set_interface_input(a);
+    set_error_status(VML_STATUS_OK);
+    // Shares q = n / t and r = n mod t: worker i takes q + 1 elements from i·(q + 1) when i < r,
+    // else q elements from i·q + r.
+    const int t = omp_get_num_threads(), i = omp_get_thread_num();
+    const int q = n / t, rest = n % t;
+    const int count = i < rest ? q + 1 : q;
+    const int start = i < rest ? i * (q + 1) : i * q + rest;
+    if (count > 0) kernel(count, a + start, b + start, r + start);
+    set_interface_input(nullptr);
+    statuses[i] = error_status();
+  }
+  int gathered = VML_STATUS_OK;
+  for (const int status : statuses)
+    if (gathered == VML_STATUS_OK) gathered = status;
+  set_error_status(gathered);
+}
+
+template <class T>
+void run_2i_1o(int n, const T* a, const T* b, T* r, kernel_fn<T> kernel, float cost) {
+  const int threads = thread_count(n, cost);
+  if (threads == 1)
+    kernel(n, a, b, r);
+  else
+    run_2i_1o_threaded(threads, n, a, b, r, kernel);
+}
+
+}  // namespace tav::vml
