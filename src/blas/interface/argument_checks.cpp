@@ -11,9 +11,7 @@
 namespace tav::blas::interface {
 namespace {
 
-bool is(const char* option, const char* letter) {
-  return tav_serv_lsame(option, letter, 1, 1) != 0;
-}
+bool is(const char* option, const char* letter) { return same_letter(option, letter); }
 
 bool is_transpose_letter(const char* t) { return is(t, "N") || is(t, "T") || is(t, "C"); }
 

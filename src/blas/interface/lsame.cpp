@@ -5,16 +5,8 @@
 
 #include "common/exports.hpp"
 
-namespace {
-
-// Only 'A'..'Z' fold: a locale's idea of case would make the checks depend on the environment.
-int folded(char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<unsigned char>(c); }
-
-}  // namespace
-
 extern "C" int tav_serv_lsame(const char* a, const char* b, int, int) {
-  if (a == nullptr || b == nullptr) return 0;
-  return folded(*a) == folded(*b) ? 1 : 0;
+  return tav::blas::interface::same_letter(a, b) ? 1 : 0;
 }
 
 // Fortran callers append the two lengths after the pointers; C callers pass none. Neither is

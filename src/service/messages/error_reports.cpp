@@ -99,9 +99,12 @@ TAV_EXPORT tav_xerbla_handler tav_serv_set_xerbla(tav_xerbla_handler handler) {
 }
 
 // Library layers call this to select their calling form of the handler; an application's own
-// handler, installed earlier, wins.
+// handler, installed earlier, wins. Every GEMM and TRSM call comes here: once a handler is in
+// place a plain load answers, without the locked exchange that threads calling at once would
+// contend on.
 TAV_EXPORT void tav_serv_set_xerbla_interface(tav_xerbla_handler handler) {
   using namespace tav::service;
+  if (installed_handler.load(std::memory_order_acquire) != nullptr) return;
   tav_xerbla_handler empty = nullptr;
   installed_handler.compare_exchange_strong(empty, handler, std::memory_order_acq_rel);
 }
