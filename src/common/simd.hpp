@@ -18,7 +18,8 @@
 namespace tav::TAV_PATH_NS {
 
 // Each register type offers: width (lanes), zero, load/store (unaligned), stream (a store that
-// bypasses the caches; 64-byte aligned address for the widest forms), broadcast, add, mul,
+// bypasses the caches; 64-byte aligned address for the widest forms), broadcast (of a value),
+// broadcast_load (of the element at an address, one load without a shuffle), add, mul,
 // mul_add(a, b, c) = a·b + c (one rounding where the path has FMA, two otherwise), swap_pairs
 // (exchanges the lanes of each pair: re <-> im) and alternate(even, odd) (a constant whose even
 // lanes hold `even`); the 128- and 256-bit forms also bit_xor.
@@ -34,6 +35,7 @@ struct simd128<double> {
   static void store(double* p, reg v) { _mm_storeu_pd(p, v); }
   static void stream(double* p, reg v) { _mm_stream_pd(p, v); }
   static reg broadcast(double x) { return _mm_set1_pd(x); }
+  static reg broadcast_load(const double* p) { return _mm_load1_pd(p); }
   static reg add(reg a, reg b) { return _mm_add_pd(a, b); }
   static reg mul(reg a, reg b) { return _mm_mul_pd(a, b); }
 #if defined(__FMA__)
@@ -55,6 +57,7 @@ struct simd128<float> {
   static void store(float* p, reg v) { _mm_storeu_ps(p, v); }
   static void stream(float* p, reg v) { _mm_stream_ps(p, v); }
   static reg broadcast(float x) { return _mm_set1_ps(x); }
+  static reg broadcast_load(const float* p) { return _mm_load1_ps(p); }
   static reg add(reg a, reg b) { return _mm_add_ps(a, b); }
   static reg mul(reg a, reg b) { return _mm_mul_ps(a, b); }
 #if defined(__FMA__)
@@ -81,6 +84,7 @@ struct simd256<double> {
   static void store(double* p, reg v) { _mm256_storeu_pd(p, v); }
   static void stream(double* p, reg v) { _mm256_stream_pd(p, v); }
   static reg broadcast(double x) { return _mm256_set1_pd(x); }
+  static reg broadcast_load(const double* p) { return _mm256_broadcast_sd(p); }
   static reg add(reg a, reg b) { return _mm256_add_pd(a, b); }
   static reg mul(reg a, reg b) { return _mm256_mul_pd(a, b); }
 #if defined(__FMA__)
@@ -102,6 +106,7 @@ struct simd256<float> {
   static void store(float* p, reg v) { _mm256_storeu_ps(p, v); }
   static void stream(float* p, reg v) { _mm256_stream_ps(p, v); }
   static reg broadcast(float x) { return _mm256_set1_ps(x); }
+  static reg broadcast_load(const float* p) { return _mm256_broadcast_ss(p); }
   static reg add(reg a, reg b) { return _mm256_add_ps(a, b); }
   static reg mul(reg a, reg b) { return _mm256_mul_ps(a, b); }
 #if defined(__FMA__)
@@ -131,6 +136,7 @@ struct simd<double> {
   static void store(double* p, reg v) { _mm512_storeu_pd(p, v); }
   static void stream(double* p, reg v) { _mm512_stream_pd(p, v); }
   static reg broadcast(double x) { return _mm512_set1_pd(x); }
+  static reg broadcast_load(const double* p) { return _mm512_set1_pd(*p); }
   static reg add(reg a, reg b) { return _mm512_add_pd(a, b); }
   static reg mul(reg a, reg b) { return _mm512_mul_pd(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm512_fmadd_pd(a, b, c); }
@@ -147,6 +153,7 @@ struct simd<float> {
   static void store(float* p, reg v) { _mm512_storeu_ps(p, v); }
   static void stream(float* p, reg v) { _mm512_stream_ps(p, v); }
   static reg broadcast(float x) { return _mm512_set1_ps(x); }
+  static reg broadcast_load(const float* p) { return _mm512_set1_ps(*p); }
   static reg add(reg a, reg b) { return _mm512_add_ps(a, b); }
   static reg mul(reg a, reg b) { return _mm512_mul_ps(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm512_fmadd_ps(a, b, c); }

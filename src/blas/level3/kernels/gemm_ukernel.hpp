@@ -5,9 +5,15 @@
 #pragma once
 
 #include "blas/level3/kernels/gemm_element.hpp"
-#include "blas/level3/kernels/gemm_simd.hpp"
+#include "common/simd.hpp"
 
 namespace tav::TAV_PATH_NS::gemm {
+
+// Elements of E per register: lanes of the real type, halved for complex pairs.
+template <class E>
+constexpr int lanes() {
+  return simd<real_of<E>>::width / (element<E>::complex ? 2 : 1);
+}
 
 // B̃ as the pack routines lay it out: row l of the sliver is NR consecutive elements. The sliver
 // streams from L2 (the panel is kb x nb); the row `ahead` steps on is requested early so that the
