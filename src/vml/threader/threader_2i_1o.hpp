@@ -6,7 +6,8 @@
 
 #include <omp.h>
 
-#include <vector>
+#include <atomic>
+#include <cstdint>
 
 #include "vml/kernels/vml_kernel.hpp"
 #include "vml/mode/vml_state.hpp"
@@ -21,8 +22,9 @@ template <class T>
                                           kernel_fn<T> kernel) {
   const unsigned mode = current_mode();
   const tav_vml_error_callback callback = error_callback();
-  // Each worker's status, of which the caller takes the first that is not 0.
-  std::vector<int> statuses(threads, VML_STATUS_OK);
+  // The caller takes the status of the first worker that reports one: the lowest (worker, status)
+  // pair, packed with the worker in the high half so that the smaller word is the earlier worker.
+  std::atomic<uint64_t> first_report{~uint64_t{0}};
 #pragma omp parallel num_threads(threads)
   {
     adopt_caller_settings(mode, callback);
@@ -36,12 +38,15 @@ template <class T>
     const int start = i < rest ? i * (q + 1) : i * q + rest;
     if (count > 0) kernel(count, a + start, b + start, r + start);
     set_interface_input(nullptr);
-    statuses[i] = error_status();
+    if (const int status = error_status(); status != VML_STATUS_OK) {
+      const uint64_t report = uint64_t(i) << 32 | static_cast<uint32_t>(status);
+      uint64_t seen = first_report.load(std::memory_order_relaxed);
+      while (report < seen && !first_report.compare_exchange_weak(seen, report)) {
+      }
+    }
   }
-  int gathered = VML_STATUS_OK;
-  for (const int status : statuses)
-    if (gathered == VML_STATUS_OK) gathered = status;
-  set_error_status(gathered);
+  const uint64_t report = first_report.load(std::memory_order_relaxed);
+  set_error_status(report == ~uint64_t{0} ? VML_STATUS_OK : static_cast<int>(uint32_t(report)));
 }
 
 template <class T>
