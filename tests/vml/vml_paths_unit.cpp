@@ -49,7 +49,7 @@ void run(const tav::vml::kernel_fn<T>* table, operation op, bool complex, int lo
   const int n = 3001, reals = complex ? 2 * n : n;
   const auto a = operands<Real>(reals, 21, lo, hi), b = operands<Real>(reals, 22, lo, hi);
   std::vector<Real> r(reals);
-  const int index = tav::vml::table_index(VML_HA);
+  const int index = tav::vml::table_index(VML_HA, tav::service::vml_cpu_type());
   table[index](n, reinterpret_cast<const T*>(a.data()), reinterpret_cast<const T*>(b.data()),
                reinterpret_cast<T*>(r.data()));
   hash = fnv(hash, r.data(), r.size() * sizeof(Real));
@@ -60,7 +60,8 @@ void run(const tav::vml::kernel_fn<T>* table, operation op, bool complex, int lo
 TAV_SCENARIO(arith_on_forced_path) {
   vmlSetMode(VML_ERRMODE_IGNORE);
   const int type = tav_serv_cpu_detect();
-  const bool slot_ok = tav_vml_kernel_dAdd_ttab[tav::vml::table_index(VML_HA)] == expected_dadd[type];
+  const int index = tav::vml::table_index(VML_HA, tav::service::vml_cpu_type());
+  const bool slot_ok = tav_vml_kernel_dAdd_ttab[index] == expected_dadd[type];
   using cf = std::complex<float>;
   using cd = std::complex<double>;
   run<double, double>(tav_vml_kernel_dAdd_ttab, operation::add, false, -560, 560);

@@ -26,12 +26,12 @@ void cblas_gemm(int layout, int transa, int transb, int m, int n, int k, cblas_s
   const char* ta = transpose_letter(transa);
   const char* tb = transpose_letter(transb);
   if (layout == TAV_CBLAS_COL_MAJOR) {
-    gemm_wrapper<T>(ta, tb, &m, &n, &k, scalar_address<T>(alpha), a, &lda, b, &ldb,
-                    scalar_address<T>(beta), c, &ldc);
+    gemm_wrapper<T, true>(ta, tb, &m, &n, &k, scalar_address<T>(alpha), a, &lda, b, &ldb,
+                          scalar_address<T>(beta), c, &ldc);
   } else {
     // A row-major matrix is the column-major storage of its transpose: C^T = op(B)^T·op(A)^T.
-    gemm_wrapper<T>(tb, ta, &n, &m, &k, scalar_address<T>(alpha), b, &ldb, a, &lda,
-                    scalar_address<T>(beta), c, &ldc);
+    gemm_wrapper<T, true>(tb, ta, &n, &m, &k, scalar_address<T>(alpha), b, &ldb, a, &lda,
+                          scalar_address<T>(beta), c, &ldc);
   }
 }
 

@@ -22,7 +22,8 @@ inline void report_bad_argument(const char* padded_name, int position) {
   xerbla(padded_name, &info, 6);
 }
 
-template <class T>
+// Checked: the caller (a CBLAS entry) has checked the arguments already, with the same result.
+template <class T, bool Checked = false>
 void gemm_wrapper(const char* transa, const char* transb, const int* m, const int* n,
                   const int* k, const c_type_t<T>* alpha, const c_type_t<T>* a, const int* lda,
                   const c_type_t<T>* b, const int* ldb, const c_type_t<T>* beta, c_type_t<T>* c,
@@ -33,12 +34,13 @@ void gemm_wrapper(const char* transa, const char* transb, const int* m, const in
          auto ldb, auto beta, auto c, auto ldc) {
         const index m64 = widened(m), n64 = widened(n), k64 = widened(k);
         const index lda64 = widened(lda), ldb64 = widened(ldb), ldc64 = widened(ldc);
-        if (const int bad = gemm_bad_argument(transa, transb, m64, n64, k64, lda64, ldb64, ldc64))
-          report_bad_argument(routine_names<T>::gemm, bad);
-        else
-          internal_entries<T>::gemm(transa, transb, &m64, &n64, &k64, elements<T>(alpha),
-                                    elements<T>(a), &lda64, elements<T>(b), &ldb64,
-                                    elements<T>(beta), elements<T>(c), &ldc64);
+        if constexpr (!Checked) {
+          if (const int bad = gemm_bad_argument(transa, transb, m64, n64, k64, lda64, ldb64, ldc64))
+            return report_bad_argument(routine_names<T>::gemm, bad);
+        }
+        internal_entries<T>::gemm(transa, transb, &m64, &n64, &k64, elements<T>(alpha),
+                                  elements<T>(a), &lda64, elements<T>(b), &ldb64, elements<T>(beta),
+                                  elements<T>(c), &ldc64);
       },
       [](double elapsed, auto transa, auto transb, auto m, auto n, auto k, auto alpha, auto a,
          auto lda, auto b, auto ldb, auto beta, auto c, auto ldc) {

@@ -6,11 +6,13 @@
 namespace tav::blas {
 namespace {
 
-// The threaded part, apart so that the serial path keeps its arguments in registers (a short
-// call's own stores would otherwise queue behind the kernel's in the store buffer).
+// A vector long enough to share: the team size, then the threads' parts, apart so that a short
+// vector reaches its kernel without saving registers.
 template <class T, class Kernel>
-[[gnu::noinline]] void axpy_in_parallel(Kernel* kernel, int team, index n, const real_t<T>* alpha,
-                                        const T* x, index incx, T* y, index incy) {
+[[gnu::noinline]] void axpy_long(Kernel* kernel, index n, const real_t<T>* alpha, const T* x,
+                                 index incx, T* y, index incy) {
+  const int team = long_vector_team(n, stream_bytes / index{sizeof(T)});
+  if (team == 1) return kernel(n, alpha, as_reals(x), incx, as_reals(y), incy);
   for_each_part(n, team, [&](const vector_part& part, int, int) {
     if (part.length == 0) return;
     kernel(part.length, alpha, as_reals(x + part_offset(part, n, incx)), incx,
@@ -25,11 +27,10 @@ void axpy(index n, T alpha, const T* x, index incx, T* y, index incy) {
   // A NaN alpha compares unequal to zero and goes on to spread through y.
   if (n < 1 || alpha == T(0)) return;
   auto* const kernel = level1_slots<T>::axpy.target();
-  const int team = level1_team(n, stream_bytes / index{sizeof(T)}, incx == 0 || incy == 0);
-  if (team == 1)
+  if (short_vector(n, stream_bytes / index{sizeof(T)}, incx == 0 || incy == 0))
     kernel(n, as_reals(&alpha), as_reals(x), incx, as_reals(y), incy);
   else
-    axpy_in_parallel(kernel, team, n, as_reals(&alpha), x, incx, y, incy);
+    axpy_long(kernel, n, as_reals(&alpha), x, incx, y, incy);
 }
 
 template void axpy(index, float, const float*, index, float*, index);

@@ -45,10 +45,13 @@ T fixed_order_sum(const T* r, int p) {
   return sum;
 }
 
-// The threaded part of a dot product, apart so that the serial path's frame stays small.
+// A vector long enough to share: the team size, then the threads' partial results, apart so that a
+// short vector reaches its kernel without saving registers.
 template <class T, class Kernel>
-[[gnu::noinline]] T dot_in_parallel(Kernel* kernel, int team, index n, const T* x, index incx,
-                                    const T* y, index incy, const char* name) {
+[[gnu::noinline]] T dot_long(Kernel* kernel, index n, const T* x, index incx, const T* y,
+                             index incy, const char* name) {
+  const int team = long_vector_team(n, stream_bytes / index{sizeof(T)});
+  if (team == 1) return kernel_dot(kernel, n, x, incx, y, incy);
   T local[local_partials];
   scratch<T> allocated;
   T* partials = local;
@@ -75,10 +78,9 @@ template <class T, class Slot>
 T dot_split(index n, const T* x, index incx, const T* y, index incy, Slot& slot,
             const char* name) {
   if (n < 1) return T(0);
-  auto* const kernel = slot.target();
-  const int team = level1_team(n, stream_bytes / index{sizeof(T)}, incx == 0 || incy == 0);
-  if (team == 1) return kernel_dot(kernel, n, x, incx, y, incy);
-  return dot_in_parallel(kernel, team, n, x, incx, y, incy, name);
+  if (short_vector(n, stream_bytes / index{sizeof(T)}, incx == 0 || incy == 0))
+    return kernel_dot(slot.target(), n, x, incx, y, incy);
+  return dot_long(slot.target(), n, x, incx, y, incy, name);
 }
 
 }  // namespace

@@ -17,11 +17,11 @@ inline constexpr index scale_bytes = index{64} << 10;
 // else min(ceil(n / chunk), threads) with chunk = threshold / 2.
 int long_vector_team(index n, index threshold);
 
-// The number of threads for n elements: 1 (serial) below `threshold` elements or with a zero
-// increment, without asking the thread settings; else long_vector_team. Inline, so that a short
-// vector reaches its kernel after two compares.
-inline int level1_team(index n, index threshold, bool zero_increment) {
-  return n < threshold || zero_increment ? 1 : long_vector_team(n, threshold);
+// Whether n elements stay on the calling thread without asking the thread settings: below
+// `threshold` elements or with a zero increment. Inline, so that a short vector reaches its kernel
+// after two compares; a longer one asks long_vector_team.
+inline bool short_vector(index n, index threshold, bool zero_increment) {
+  return n < threshold || zero_increment;
 }
 
 // A contiguous run of elements [start, start + length).

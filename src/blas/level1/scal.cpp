@@ -7,10 +7,13 @@
 namespace tav::blas {
 namespace {
 
-// The threaded part, apart so that the serial path keeps its arguments in registers.
+// A vector long enough to share: the team size, then the threads' parts, apart so that a short
+// vector reaches its kernel without saving registers.
 template <class T, class Kernel>
-[[gnu::noinline]] void scal_in_parallel(Kernel* kernel, int team, index n, const real_t<T>* alpha,
-                                        T* x, index incx) {
+[[gnu::noinline]] void scal_long(Kernel* kernel, index n, const real_t<T>* alpha, T* x,
+                                 index incx) {
+  const int team = long_vector_team(n, scale_bytes / index{sizeof(T)});
+  if (team == 1) return kernel(n, alpha, as_reals(x), incx);
   for_each_part(n, team, [&](const vector_part& part, int, int) {
     if (part.length > 0) kernel(part.length, alpha, as_reals(x + part_offset(part, n, incx)), incx);
   });
@@ -19,12 +22,10 @@ template <class T, class Kernel>
 template <class T, class Alpha, class Slot>
 void scal_split(index n, const Alpha& alpha, T* x, index incx, Slot& slot) {
   if (n < 1) return;
-  auto* const kernel = slot.target();
-  const int team = level1_team(n, scale_bytes / index{sizeof(T)}, incx == 0);
-  if (team == 1)
-    kernel(n, as_reals(&alpha), as_reals(x), incx);
+  if (short_vector(n, scale_bytes / index{sizeof(T)}, incx == 0))
+    slot.target()(n, as_reals(&alpha), as_reals(x), incx);
   else
-    scal_in_parallel(kernel, team, n, as_reals(&alpha), x, incx);
+    scal_long(slot.target(), n, as_reals(&alpha), x, incx);
 }
 
 }  // namespace

@@ -41,13 +41,11 @@ void serial_block(const gemm_call<T>& g, index i0, index mm, index j0, index nn)
          g.c + i0 + j0 * g.ldc);
 }
 
-// One parallel region of up to nt threads; the grid is cut for the team the runtime grants.
+// One parallel region of nt threads; the grid is cut for the team the runtime grants. Out of line:
+// a function that opens a region asks the OpenMP runtime for the caller's thread number on entry,
+// which the serial calls need not pay.
 template <class T, class GridOf>
-void run_team(const gemm_call<T>& g, int nt, GridOf grid_of) {
-  if (nt <= 1) {
-    serial_whole(g);
-    return;
-  }
+[[gnu::noinline]] void run_region(const gemm_call<T>& g, int nt, GridOf grid_of) {
 #pragma omp parallel num_threads(nt)
   {
     const c_grid grid = grid_of(omp_get_num_threads());
@@ -57,6 +55,14 @@ void run_team(const gemm_call<T>& g, int nt, GridOf grid_of) {
       serial_block(g, i0, grid.mb < g.m - i0 ? grid.mb : g.m - i0, j0,
                    grid.nb < g.n - j0 ? grid.nb : g.n - j0);
   }
+}
+
+template <class T, class GridOf>
+void run_team(const gemm_call<T>& g, int nt, GridOf grid_of) {
+  if (nt <= 1)
+    serial_whole(g);
+  else
+    run_region(g, nt, grid_of);
 }
 
 // The threads this call may use: the BLAS domain, one inside an outer parallel region.
@@ -73,14 +79,14 @@ int sized_thread_count(int path, const gemm_call<T>& g) {
 }
 
 template <class T>
-void gemm_omp_driver_v1(const gemm_call<T>& g) {
+[[gnu::noinline]] void gemm_omp_driver_v1(const gemm_call<T>& g) {
   const int nt = sized_thread_count(tav_blas_gemm_code_path(), g);
   run_team(g, nt, [&](int team) { return balanced_grid(team, g.m, g.n); });
 }
 
 template <class T>
-void gemm_omp_driver_v2(const gemm_call<T>& g, int nt) {
-  run_team(g, nt, [&](int team) { return balanced_grid(team, g.m, g.n); });
+[[gnu::noinline]] void gemm_in_stripes(const gemm_call<T>& g, int stripes) {
+  run_team(g, available_threads(), [&](int team) { return stripes_grid(stripes, team, g.m, g.n); });
 }
 
 // Narrow products on the AVX-512 paths: C cut in rows over the whole BLAS domain.
@@ -93,28 +99,28 @@ bool use_smalln_kernels(const gemm_call<T>& g, int path) {
   return true;
 }
 
-}  // namespace
-
+// Version 2 once the work alone does not settle the product at one thread.
 template <class T>
-void gemm_general(const gemm_call<T>& g) {
-  const int stripes = tav_serv_get_num_stripes();
-  if (stripes > 0) {
-    run_team(g, available_threads(),
-             [&](int team) { return stripes_grid(stripes, team, g.m, g.n); });
-    return;
-  }
-  if (tav_blas_get_kernel_api_version() != 2) {
-    gemm_omp_driver_v1(g);
-    return;
-  }
-  const int path = tav_blas_gemm_code_path();
-  const int nt = sized_thread_count(path, g);
+[[gnu::noinline]] void gemm_omp_driver_v2(const gemm_call<T>& g, int path) {
+  const int nt = gemm_thread_count(path, g.m, g.n, g.k, available_threads());
   if (nt == 1) {
     serial_whole(g);
     return;
   }
   if (use_smalln_kernels(g, path)) return;
-  gemm_omp_driver_v2(g, nt);
+  run_team(g, nt, [&](int team) { return balanced_grid(team, g.m, g.n); });
+}
+
+}  // namespace
+
+template <class T>
+void gemm_general(const gemm_call<T>& g) {
+  if (const int stripes = tav_serv_get_num_stripes(); stripes > 0)
+    return gemm_in_stripes(g, stripes);
+  if (tav_blas_get_kernel_api_version() != 2) return gemm_omp_driver_v1(g);
+  const int path = tav_blas_gemm_code_path();
+  if (gemm_one_thread_by_work(path, g.m, g.n, g.k)) return serial_whole(g);
+  gemm_omp_driver_v2(g, path);
 }
 
 template void gemm_general<float>(const gemm_call<float>&);

@@ -14,10 +14,12 @@
 #include "service/cpu/features.hpp"
 
 namespace tav::service {
+
+constinit std::atomic<int> stored_vml_type{-1};
+
 namespace {
 
 std::atomic<int> stored_cpu_type{-1};
-std::atomic<int> stored_vml_type{-1};
 int detected_class = -1;
 
 enable_flags flags;
@@ -134,7 +136,7 @@ int cpu_class() {
   return detected_class;
 }
 
-int vml_cpu_type() {
+int detect_vml_cpu_type() {
   tav_serv_cpu_detect();
   return stored_vml_type.load(std::memory_order_relaxed);
 }

@@ -1,5 +1,7 @@
-// The one dispatch facility: a process-wide slot per entry, filled on first call with the variant
-// of the path that the CPU type and reproducibility branch select, then one load and one call.
+// The one dispatch facility: a process-wide slot per entry holding the function to call. It starts
+// out holding a resolver of the same signature, which picks the variant of the path that the CPU
+// type and reproducibility branch select, stores it and forwards the call; from then on every call
+// is one load and one indirect call, without a test.
 #pragma once
 
 #include <atomic>
@@ -23,30 +25,30 @@ class dispatched<R(Args...)> {
   using function = R (*)(Args...);
 
   constexpr dispatched(function def, function cnr_def, function mc, function mc3, function avx,
-                       function avx2, function avx512_tp, function avx512)
-      : variants_{def, cnr_def, mc, mc3, avx, avx2, avx512_tp, avx512} {}
+                       function avx2, function avx512_tp, function avx512, function resolver)
+      : slot_{resolver}, variants_{def, cnr_def, mc, mc3, avx, avx2, avx512_tp, avx512} {}
 
-  R operator()(Args... args) {
-    function chosen = slot_.load(std::memory_order_acquire);
-    if (chosen == nullptr) chosen = resolve();
-    return chosen(args...);
-  }
+  R operator()(Args... args) { return target()(args...); }
 
-  // The variant this slot calls, resolving it if needed.
-  function target() {
-    function chosen = slot_.load(std::memory_order_acquire);
-    return chosen != nullptr ? chosen : resolve();
+  // The function this slot calls: the chosen variant, or before the first call the resolver, which
+  // forwards to it.
+  function target() { return slot_.load(std::memory_order_acquire); }
+
+  // The resolver of the slot `self`: the first call through the slot comes here.
+  template <dispatched& self>
+  [[gnu::cold]] static R resolve_and_call(Args... args) {
+    return self.resolve()(args...);
   }
 
  private:
-  function resolve() {
+  [[gnu::noinline]] function resolve() {
     function chosen = variants_[begin_resolution()];
     slot_.store(chosen, std::memory_order_release);
     end_resolution();
     return chosen;
   }
 
-  std::atomic<function> slot_{nullptr};
+  std::atomic<function> slot_;
   const function variants_[8];
 };
 
@@ -55,8 +57,9 @@ class dispatched<R(Args...)> {
 // Declares the eight per-path variants of tav_<component>_<name>, of function type `signature`,
 // and defines the slot `<name>_dispatch` that calls them:
 //   TAV_DISPATCHED(blas, xdgemm, gemm_fn);  ...  xdgemm_dispatch(args...);
-#define TAV_DISPATCHED(component, name, signature)                                   \
-  extern "C" std::type_identity_t<signature> TAV_PATH_VARIANTS(component, name);                           \
-  inline constinit ::tav::service::dispatched<signature> name##_dispatch {           \
-    TAV_PATH_VARIANTS(component, name)                                               \
+#define TAV_DISPATCHED(component, name, signature)                                      \
+  extern "C" std::type_identity_t<signature> TAV_PATH_VARIANTS(component, name);        \
+  inline constinit ::tav::service::dispatched<signature> name##_dispatch {              \
+    TAV_PATH_VARIANTS(component, name),                                                 \
+        &::tav::service::dispatched<signature>::resolve_and_call<name##_dispatch>       \
   }

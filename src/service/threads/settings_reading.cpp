@@ -74,6 +74,11 @@ const hardware_counts& hardware() {
   return machine;
 }
 
+bool dynamic_threading() {
+  read_settings_once();
+  return store.dynamic.load(std::memory_order_relaxed) != 0;
+}
+
 }  // namespace tav::service
 
 int tav_serv_get_num_stripes(void) {

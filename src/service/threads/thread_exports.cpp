@@ -4,6 +4,7 @@
 #include "common/exports.hpp"
 #include "service/threads/settings_store.hpp"
 #include "service/threads/thread_count.hpp"
+#include "service/threads/thread_settings.hpp"
 
 using namespace tav::service;
 
@@ -47,9 +48,6 @@ TAV_EXPORT int tav_serv_get_max_threads(void) { return domain_max_threads(-1); }
 TAV_EXPORT_ALIAS(TAV_Get_Max_Threads, tav_serv_get_max_threads);
 TAV_EXPORT_ALIAS(TAV_GET_MAX_THREADS, tav_serv_get_max_threads);
 
-TAV_EXPORT int tav_serv_get_dynamic(void) {
-  read_settings_once();
-  return settings().dynamic.load(std::memory_order_relaxed);
-}
+TAV_EXPORT int tav_serv_get_dynamic(void) { return dynamic_threading() ? 1 : 0; }
 TAV_EXPORT_ALIAS(TAV_Get_Dynamic, tav_serv_get_dynamic);
 TAV_EXPORT_ALIAS(TAV_GET_DYNAMIC, tav_serv_get_dynamic);

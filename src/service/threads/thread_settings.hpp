@@ -16,6 +16,9 @@ struct hardware_counts {
 // The hardware counts; the first use also reads the threading environment.
 const hardware_counts& hardware();
 
+// Whether dynamic threading is on (tav_serv_get_dynamic without the exported call).
+bool dynamic_threading();
+
 }  // namespace tav::service
 
 // The stripe count of TAV_NUM_STRIPES (0 or more), or -1 when the variable gave none.

@@ -24,7 +24,8 @@ struct function_tables {
 
 // Reports through the exported xerbla chain, so that a program's own xerbla_ receives it, and
 // leaves the status.
-inline void report_argument(const char* name, int position, int status) {
+[[gnu::cold, gnu::noinline]] inline void report_argument(const char* name, int position,
+                                                         int status) {
   const int info = position;
   xerbla(name, &info, static_cast<int>(std::strlen(name)));
   set_error_status(status);
@@ -32,23 +33,40 @@ inline void report_argument(const char* name, int position, int status) {
 
 // The table index: vector-math CPU type plus 10·(accuracy − 1). An accuracy field outside LA, HA
 // and EP (vmlSetMode stores any non-zero group) reads as HA.
-inline int table_index(unsigned mode) {
+inline int table_index(unsigned mode, int cpu_type) {
   unsigned accuracy = mode & VML_ACCURACY_MASK;
   if (accuracy < VML_LA || accuracy > VML_EP) accuracy = VML_HA;
-  return service::vml_cpu_type() + path_slots * static_cast<int>(accuracy - 1);
+  return cpu_type + path_slots * static_cast<int>(accuracy - 1);
 }
 
+template <class T>
+void run_indexed(int n, const T* a, const T* b, T* r, function_tables<T> tables, int index) {
+  run_2i_1o(n, a, b, r, tables.kernels[index], tables.costs[index]);
+}
+
+// The first call in a thread (mode not read yet) or in the process (CPU type not detected).
+template <class T>
+[[gnu::noinline]] void run_first(int n, const T* a, const T* b, T* r, function_tables<T> tables) {
+  run_indexed(n, a, b, r, tables, table_index(current_mode(), service::vml_cpu_type()));
+}
+
+// Every later call makes no call of its own before the kernel's: the checks, the thread's mode and
+// the CPU type are read inline, and the kernel runs as a tail call of the exported entry.
 template <class T, class C>
-void vector_call(int n, const C* a, const C* b, C* r, function_tables<T> tables,
-                 const char* name) {
+[[gnu::always_inline]] inline void vector_call(int n, const C* a, const C* b, C* r,
+                                               function_tables<T> tables, const char* name) {
   if (n < 0) return report_argument(name, 1, VML_STATUS_BADSIZE);
   if (n == 0) return;
   if (a == nullptr) return report_argument(name, 2, VML_STATUS_BADMEM);
   if (b == nullptr) return report_argument(name, 3, VML_STATUS_BADMEM);
   if (r == nullptr) return report_argument(name, 4, VML_STATUS_BADMEM);
-  const int index = table_index(current_mode());
-  run_2i_1o(n, reinterpret_cast<const T*>(a), reinterpret_cast<const T*>(b),
-            reinterpret_cast<T*>(r), tables.kernels[index], tables.costs[index]);
+  const T* x = reinterpret_cast<const T*>(a);
+  const T* y = reinterpret_cast<const T*>(b);
+  T* z = reinterpret_cast<T*>(r);
+  const unsigned mode = state.mode;
+  const int cpu_type = service::stored_vml_type.load(std::memory_order_relaxed);
+  if (mode == 0 || cpu_type < 0) return run_first(n, x, y, z, tables);
+  run_indexed(n, x, y, z, tables, table_index(mode, cpu_type));
 }
 
 // The twin applies its mode with the rules of vmlSetMode (zero groups keep the thread's

@@ -26,10 +26,14 @@ struct operation {
   static constexpr bool divides = symbol == '/';
   template <class V>
   static V apply(V x, V y) {
-    if constexpr (symbol == '+') return x + y;
-    else if constexpr (symbol == '-') return x - y;
-    else if constexpr (symbol == '*') return x * y;
-    else return x / y;
+    if constexpr (symbol == '+')
+      return x + y;
+    else if constexpr (symbol == '-')
+      return x - y;
+    else if constexpr (symbol == '*')
+      return x * y;
+    else
+      return x / y;
   }
 };
 
@@ -91,7 +95,8 @@ int zero_divisor_status(Real x, Real y) {
 
 // After the division, with a and b intact.
 template <class Real>
-void report_zero_divisors(int n, const Real* a, const Real* b, Real* r, const char* name) {
+[[gnu::noinline, gnu::cold]] void report_zero_divisors(int n, const Real* a, const Real* b, Real* r,
+                                                       const char* name) {
   for (int i = 0; i < n; ++i)
     if (const int code = zero_divisor_status(a[i], b[i]))
       ::tav::vml::report_error<Real>(code, i, a, b, r, nullptr, name);
@@ -114,36 +119,49 @@ bool overlap(long n, const Real* r, const Real* x) {
   return r < x + n && x < r + n;
 }
 
-template <class Op, class Real>
-void elementwise(long n, const Real* a, const Real* b, Real* r, const char* name) {
   // Division in place checks each block's divisors before dividing it, as the operands of a zero
   // divisor would be gone afterwards.
-  if (Op::divides && (overlap(n, r, a) || overlap(n, r, b))) {
-    for (long i = 0; i < n; i += block) {
-      const int m = static_cast<int>(n - i < block ? n - i : block);
-      if (any_zero(m, b + i))
-        divide_reporting(m, static_cast<int>(i), a, b, r, name);
-      else
-        plain<Op>(m, a + i, b + i, r + i);
-    }
-    return;
+template <class Op, class Real>
+[[gnu::noinline]] void divide_in_place(long n, const Real* a, const Real* b, Real* r,
+                                       const char* name) {
+  for (long i = 0; i < n; i += block) {
+    const int m = static_cast<int>(n - i < block ? n - i : block);
+    if (any_zero(m, b + i))
+      divide_reporting(m, static_cast<int>(i), a, b, r, name);
+    else
+      plain<Op>(m, a + i, b + i, r + i);
   }
-  // Otherwise the operation runs first, and a division reports afterwards from the intact
-  // operands.
-  // The elements before r + head, which is aligned to 32 bytes, go first: then no store of the
-  // vector loop straddles two cache lines (malloc gives 16-byte alignment, which would split
-  // every other AVX store), and streamed stores are aligned as they must be.
+}
+
+// Long arrays: the elements before r + head, which is aligned to 32 bytes, go first, so that no
+// store of the vector loop straddles two cache lines (malloc gives 16-byte alignment, which would
+// split every other AVX store) and streamed stores are aligned as they must be. Returns whether
+// some b[i] is zero.
+template <class Op, class Real>
+[[gnu::noinline]] bool aligned_run(long n, const Real* a, const Real* b, Real* r) {
   const auto address = reinterpret_cast<unsigned long>(r);
-  const bool whole_elements = address % sizeof(Real) == 0;
-  const long head = whole_elements && n >= 64
-                        ? static_cast<long>((stream_bytes - address % stream_bytes) %
-                                            stream_bytes / sizeof(Real))
-                        : 0;
-  const bool stream = whole_elements && n * static_cast<long>(sizeof(Real)) >= streaming_bytes;
+  if (address % sizeof(Real) != 0) return plain<Op>(n, a, b, r);
+  const long head =
+      static_cast<long>((stream_bytes - address % stream_bytes) % stream_bytes / sizeof(Real));
+  const bool stream = n * static_cast<long>(sizeof(Real)) >= streaming_bytes;
   bool zero = plain<Op>(head, a, b, r);
   zero |= stream ? streamed<Op>(n - head, a + head, b + head, r + head)
                  : plain<Op>(n - head, a + head, b + head, r + head);
   if (stream) _mm_sfence();
+  return zero;
+}
+
+// A short array with r aligned to 32 bytes, the common case, runs the plain loop without saving
+// registers; the other cases are out of line. A division reports afterwards from the intact
+// operands.
+template <class Op, class Real>
+void elementwise(long n, const Real* a, const Real* b, Real* r, const char* name) {
+  if (Op::divides && (overlap(n, r, a) || overlap(n, r, b)))
+    return divide_in_place<Op>(n, a, b, r, name);
+  const bool short_aligned = n < 64 || reinterpret_cast<unsigned long>(r) % stream_bytes == 0;
+  const bool zero = short_aligned && n * static_cast<long>(sizeof(Real)) < streaming_bytes
+                        ? plain<Op>(n, a, b, r)
+                        : aligned_run<Op>(n, a, b, r);
   if (zero) report_zero_divisors(static_cast<int>(n), a, b, r, name);
 }
 
@@ -155,15 +173,15 @@ using namespace tav::TAV_PATH_NS::vml;
 // Complex add and subtract act on the 2n reals of the arrays (n < 2^31, so 2n fits a long).
 extern "C" {
 
-#define TAV_VML_REAL_KERNEL(t, Real, Func, op)                                                  \
-  void TAV_VML_KERNEL_NAME(t##Func, HA, ynn)(int n, const Real* a, const Real* b, Real* r) {    \
-    elementwise<op>(n, a, b, r, "v" #t #Func);                                                  \
+#define TAV_VML_REAL_KERNEL(t, Real, Func, op)                                               \
+  void TAV_VML_KERNEL_NAME(t##Func, HA, ynn)(int n, const Real* a, const Real* b, Real* r) { \
+    elementwise<op>(n, a, b, r, "v" #t #Func);                                               \
   }
-#define TAV_VML_PAIRS_KERNEL(t, Real, Func, op)                                               \
-  void TAV_VML_KERNEL_NAME(t##Func, HA, ynn)(int n, const std::complex<Real>* a,             \
-                                              const std::complex<Real>* b, std::complex<Real>* r) { \
-    elementwise<op>(2L * n, reinterpret_cast<const Real*>(a), reinterpret_cast<const Real*>(b),  \
-                    reinterpret_cast<Real*>(r), "v" #t #Func);                                  \
+#define TAV_VML_PAIRS_KERNEL(t, Real, Func, op)                                                    \
+  void TAV_VML_KERNEL_NAME(t##Func, HA, ynn)(int n, const std::complex<Real>* a,                   \
+                                             const std::complex<Real>* b, std::complex<Real>* r) { \
+    elementwise<op>(2L * n, reinterpret_cast<const Real*>(a), reinterpret_cast<const Real*>(b),    \
+                    reinterpret_cast<Real*>(r), "v" #t #Func);                                     \
   }
 
 TAV_VML_REAL_KERNEL(s, float, Add, operation<'+'>)

@@ -6,21 +6,6 @@
 namespace tav::vml {
 namespace {
 
-// Zero at thread start. A mode of 0 means that the thread has not read the environment yet; a
-// stored mode always has an accuracy, so 0 never stands for a real setting.
-struct thread_state {
-  unsigned mode;
-  const void* interface_input;
-  tav_vml_error_callback callback;
-  int status;
-};
-
-// Initial-exec: every vector call reads the mode, and the general-dynamic access of a shared
-// object costs a __tls_get_addr call each time (15-25 ns per call at n = 1000 on the test
-// machine). The 24 bytes fit the static TLS reserve that the C library keeps for libraries
-// loaded with dlopen.
-[[gnu::tls_model("initial-exec")]] thread_local constinit thread_state state{};
-
 // The groups that a mode change may replace. The precision-control group 0xF0 is absent on
 // purpose: only the environment sets it. Bits outside every group are never stored.
 constexpr unsigned settable_groups[] = {VML_ACCURACY_MASK, VML_ERRMODE_MASK, VML_FTZDAZ_MASK,
@@ -28,8 +13,8 @@ constexpr unsigned settable_groups[] = {VML_ACCURACY_MASK, VML_ERRMODE_MASK, VML
 
 }  // namespace
 
-unsigned current_mode() {
-  if (state.mode == 0) state.mode = mode_from_environment();
+unsigned first_mode() {
+  state.mode = mode_from_environment();
   return state.mode;
 }
 

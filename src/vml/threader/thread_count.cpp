@@ -39,7 +39,7 @@ double machine_factor(int packages, int cores, int logical) {
 // parallel region, and short calls skip both queries (a fifth of a 1000-element addition).
 int thread_count(int n, float cost) {
   if (n < threading_threshold) return 1;
-  const bool dynamic = tav_serv_get_dynamic() != 0;
+  const bool dynamic = service::dynamic_threading();
   const double wanted = dynamic ? static_cast<double>(cost) * n * this_machine_factor() : 0;
   if ((dynamic && wanted < 2) || omp_in_parallel()) return 1;
   const int most = tav_serv_domain_get_max_threads(vector_math_domain);

@@ -49,13 +49,24 @@ template <class T>
   set_error_status(report == ~uint64_t{0} ? VML_STATUS_OK : static_cast<int>(uint32_t(report)));
 }
 
+// An array long enough to share: the thread count, then one thread's run or the region.
 template <class T>
-void run_2i_1o(int n, const T* a, const T* b, T* r, kernel_fn<T> kernel, float cost) {
+[[gnu::noinline]] void run_2i_1o_long(int n, const T* a, const T* b, T* r, kernel_fn<T> kernel,
+                                      float cost) {
   const int threads = thread_count(n, cost);
   if (threads == 1)
     kernel(n, a, b, r);
   else
     run_2i_1o_threaded(threads, n, a, b, r, kernel);
+}
+
+// A short array goes to the kernel straight away.
+template <class T>
+void run_2i_1o(int n, const T* a, const T* b, T* r, kernel_fn<T> kernel, float cost) {
+  if (n < threading_threshold)
+    kernel(n, a, b, r);
+  else
+    run_2i_1o_long(n, a, b, r, kernel, cost);
 }
 
 }  // namespace tav::vml

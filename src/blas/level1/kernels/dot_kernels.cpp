@@ -8,31 +8,35 @@
 namespace tav::TAV_PATH_NS::level1 {
 namespace {
 
-// Unit stride: four register accumulators cover the multiply-add latency at two loads per
-// multiply-add; they are combined as (a0 + a1) + (a2 + a3), lanes in order, then the tail.
+// Unit stride: eight register accumulators, twice the multiply-add latency at two loads per
+// multiply-add, so that a late load does not stall the chain; combined pairwise as ((a0 + a4) + (a1
+// + a5)) + ((a2 + a6) + (a3 + a7)), lanes in order, then the tail.
 template <class Real>
 Real dot_unit(index n, const Real* x, const Real* y) {
   using V = simd<Real>;
+  using reg = typename V::reg;
   constexpr index w = V::width;
-  typename V::reg a0 = V::zero(), a1 = V::zero(), a2 = V::zero(), a3 = V::zero();
+  reg a[8];
+  for (reg& r : a) r = V::zero();
   index i = 0;
-  for (; i + 4 * w <= n; i += 4 * w) {
-    a0 = V::mul_add(V::load(x + i), V::load(y + i), a0);
-    a1 = V::mul_add(V::load(x + i + w), V::load(y + i + w), a1);
-    a2 = V::mul_add(V::load(x + i + 2 * w), V::load(y + i + 2 * w), a2);
-    a3 = V::mul_add(V::load(x + i + 3 * w), V::load(y + i + 3 * w), a3);
+  for (; i + 8 * w <= n; i += 8 * w) {
+    for (index k = 0; k < 8; ++k)
+      a[k] = V::mul_add(V::load(x + i + k * w), V::load(y + i + k * w), a[k]);
   }
-  for (; i + w <= n; i += w) a0 = V::mul_add(V::load(x + i), V::load(y + i), a0);
+  for (index k = 0; i + w <= n; i += w, ++k)
+    a[k] = V::mul_add(V::load(x + i), V::load(y + i), a[k]);
+  for (index k = 0; k < 4; ++k) a[k] = V::add(a[k], a[k + 4]);
   Real even, odd;
-  pair_sums<V>(V::add(V::add(a0, a1), V::add(a2, a3)), even, odd);
+  pair_sums<V>(V::add(V::add(a[0], a[1]), V::add(a[2], a[3])), even, odd);
   Real sum = even + odd;
   for (; i < n; ++i) sum += x[i] * y[i];
   return sum;
 }
 
-// Other strides: four scalar accumulators, element i into accumulator i mod 4.
+// Other strides: four scalar accumulators, element i into accumulator i mod 4. Out of line, so that
+// the unit-stride path saves no registers.
 template <class Real>
-Real dot_strided(index n, const Real* x, index incx, const Real* y, index incy) {
+[[gnu::noinline]] Real dot_strided(index n, const Real* x, index incx, const Real* y, index incy) {
   const Real* x0 = first_element(x, n, incx, 1);
   const Real* y0 = first_element(y, n, incy, 1);
   Real s[4] = {0, 0, 0, 0};

@@ -173,55 +173,22 @@ void block_kernel(const Real* packed, index kb, const Real* alpha, Real* b, inde
 
 namespace block = tav::TAV_PATH_NS::triangular_block;
 
+// tav_blas_<tag>_x<t><op>_block, with op trsm (Solve) or trmm, element arithmetic A on Real.
+#define TAV_TRIANGULAR_BLOCK(name, Real, A, Solve)                                                \
+  void TAV_PATH_NAME(blas, name)(const Real* packed, int64_t kb, const Real* alpha, Real* b,      \
+                                 int64_t row_step, int64_t col_stride, int64_t cols) {            \
+    block::block_kernel<block::A<Real>, Solve>(packed, kb, alpha, b, row_step, col_stride, cols); \
+  }
+
 extern "C" {
 
-void TAV_PATH_NAME(blas, xstrsm_block)(const float* packed, int64_t kb, const float* alpha,
-                                       float* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::real_arithmetic<float>, true>(packed, kb, alpha, b, row_step,
-                                                           col_stride, cols);
-}
-void TAV_PATH_NAME(blas, xdtrsm_block)(const double* packed, int64_t kb, const double* alpha,
-                                       double* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::real_arithmetic<double>, true>(packed, kb, alpha, b, row_step,
-                                                            col_stride, cols);
-}
-void TAV_PATH_NAME(blas, xctrsm_block)(const float* packed, int64_t kb, const float* alpha,
-                                       float* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::complex_arithmetic<float>, true>(packed, kb, alpha, b, row_step,
-                                                              col_stride, cols);
-}
-void TAV_PATH_NAME(blas, xztrsm_block)(const double* packed, int64_t kb, const double* alpha,
-                                       double* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::complex_arithmetic<double>, true>(packed, kb, alpha, b, row_step,
-                                                               col_stride, cols);
-}
-void TAV_PATH_NAME(blas, xstrmm_block)(const float* packed, int64_t kb, const float* alpha,
-                                       float* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::real_arithmetic<float>, false>(packed, kb, alpha, b, row_step,
-                                                            col_stride, cols);
-}
-void TAV_PATH_NAME(blas, xdtrmm_block)(const double* packed, int64_t kb, const double* alpha,
-                                       double* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::real_arithmetic<double>, false>(packed, kb, alpha, b, row_step,
-                                                             col_stride, cols);
-}
-void TAV_PATH_NAME(blas, xctrmm_block)(const float* packed, int64_t kb, const float* alpha,
-                                       float* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::complex_arithmetic<float>, false>(packed, kb, alpha, b, row_step,
-                                                               col_stride, cols);
-}
-void TAV_PATH_NAME(blas, xztrmm_block)(const double* packed, int64_t kb, const double* alpha,
-                                       double* b, int64_t row_step, int64_t col_stride,
-                                       int64_t cols) {
-  block::block_kernel<block::complex_arithmetic<double>, false>(packed, kb, alpha, b, row_step,
-                                                                col_stride, cols);
-}
+TAV_TRIANGULAR_BLOCK(xstrsm_block, float, real_arithmetic, true)
+TAV_TRIANGULAR_BLOCK(xdtrsm_block, double, real_arithmetic, true)
+TAV_TRIANGULAR_BLOCK(xctrsm_block, float, complex_arithmetic, true)
+TAV_TRIANGULAR_BLOCK(xztrsm_block, double, complex_arithmetic, true)
+TAV_TRIANGULAR_BLOCK(xstrmm_block, float, real_arithmetic, false)
+TAV_TRIANGULAR_BLOCK(xdtrmm_block, double, real_arithmetic, false)
+TAV_TRIANGULAR_BLOCK(xctrmm_block, float, complex_arithmetic, false)
+TAV_TRIANGULAR_BLOCK(xztrmm_block, double, complex_arithmetic, false)
 
 }  // extern "C"
