@@ -12,9 +12,11 @@ namespace {
 
 using index = int64_t;
 
-// Right-hand sides per pass: the width of one vector of doubles on AVX2, the loop the compiler
-// vectorises in every lane operation below.
-constexpr int lanes = 4;
+// Right-hand sides per pass, the loop the compiler vectorises in every lane operation below. A
+// row block then keeps 4·lanes values in registers: with eight, two AVX vectors of doubles per
+// row, the eight multiply-add chains cover the latency of both FMA units (four chains leave
+// half of them idle); the SSE paths, with half as many lanes per register, keep four.
+constexpr int lanes = TAV_PATH_ID >= 4 ? 8 : 4;
 
 // Arithmetic on one element and on one row of `lanes` right-hand sides, for real data.
 template <class Real>
@@ -31,17 +33,20 @@ struct real_arithmetic {
   static row zero() { return row{}; }
   static void set(row& x, int q, element e) { x.v[q] = e; }
   static element get(const row& x, int q) { return x.v[q]; }
-  // acc := acc - l·x
-  static void sub_product(row& acc, element l, const row& x) {
+  // acc - l·x, acc + l·x and l·x, by value: rows passed and returned whole stay in registers
+  // across the loops below, where updates through a reference leave copies in memory.
+  static row sub_product(row acc, element l, const row& x) {
     for (int q = 0; q < lanes; ++q) acc.v[q] -= l * x.v[q];
+    return acc;
   }
-  // acc := acc + l·x
-  static void add_product(row& acc, element l, const row& x) {
+  static row add_product(row acc, element l, const row& x) {
     for (int q = 0; q < lanes; ++q) acc.v[q] += l * x.v[q];
+    return acc;
   }
-  // acc := l·x
-  static void set_product(row& acc, element l, const row& x) {
-    for (int q = 0; q < lanes; ++q) acc.v[q] = l * x.v[q];
+  static row product(element l, const row& x) {
+    row p;
+    for (int q = 0; q < lanes; ++q) p.v[q] = l * x.v[q];
+    return p;
   }
 };
 
@@ -71,28 +76,31 @@ struct complex_arithmetic {
     x.im[q] = e.im;
   }
   static element get(const row& x, int q) { return {x.re[q], x.im[q]}; }
-  static void sub_product(row& acc, element l, const row& x) {
+  static row sub_product(row acc, element l, const row& x) {
     for (int q = 0; q < lanes; ++q) {
       acc.re[q] -= l.re * x.re[q];
       acc.re[q] += l.im * x.im[q];
       acc.im[q] -= l.re * x.im[q];
       acc.im[q] -= l.im * x.re[q];
     }
+    return acc;
   }
-  static void add_product(row& acc, element l, const row& x) {
+  static row add_product(row acc, element l, const row& x) {
     for (int q = 0; q < lanes; ++q) {
       acc.re[q] += l.re * x.re[q];
       acc.re[q] -= l.im * x.im[q];
       acc.im[q] += l.re * x.im[q];
       acc.im[q] += l.im * x.re[q];
     }
+    return acc;
   }
-  static void set_product(row& acc, element l, const row& x) {
+  static row product(element l, const row& x) {
+    row p;
     for (int q = 0; q < lanes; ++q) {
-      const Real re = l.re * x.re[q] - l.im * x.im[q];
-      acc.im[q] = l.re * x.im[q] + l.im * x.re[q];
-      acc.re[q] = re;
+      p.re[q] = l.re * x.re[q] - l.im * x.im[q];
+      p.im[q] = l.re * x.im[q] + l.im * x.re[q];
     }
+    return p;
   }
 };
 
@@ -106,14 +114,16 @@ void solve_rows(const Real* l, index n, typename A::row* x) {
   for (index r0 = 0; r0 < n; r0 += 4) {
     typename A::row acc[4] = {x[r0], x[r0 + 1], x[r0 + 2], x[r0 + 3]};
     for (index c = 0; c < r0; ++c) {
-      for (int i = 0; i < 4; ++i) A::sub_product(acc[i], A::load(l, r0 + i + c * n), x[c]);
+#pragma unroll
+      for (int i = 0; i < 4; ++i) acc[i] = A::sub_product(acc[i], A::load(l, r0 + i + c * n), x[c]);
     }
+#pragma unroll
     for (int i = 0; i < 4; ++i) {
-      for (int p = 0; p < i; ++p) A::sub_product(acc[i], A::load(l, r0 + i + (r0 + p) * n), acc[p]);
-      typename A::row solved;
-      A::set_product(solved, A::load(l, r0 + i + (r0 + i) * n), acc[i]);
-      acc[i] = solved;
-      x[r0 + i] = solved;
+#pragma unroll
+      for (int p = 0; p < i; ++p)
+        acc[i] = A::sub_product(acc[i], A::load(l, r0 + i + (r0 + p) * n), acc[p]);
+      acc[i] = A::product(A::load(l, r0 + i + (r0 + i) * n), acc[i]);
+      x[r0 + i] = acc[i];
     }
   }
 }
@@ -125,14 +135,18 @@ template <class A, class Real>
 void multiply_rows(const Real* l, index n, typename A::row* x) {
   for (index r0 = n - 4; r0 >= 0; r0 -= 4) {
     typename A::row acc[4];
+#pragma unroll
     for (int i = 0; i < 4; ++i) {
-      A::set_product(acc[i], A::load(l, r0 + i + (r0 + i) * n), x[r0 + i]);
+      acc[i] = A::product(A::load(l, r0 + i + (r0 + i) * n), x[r0 + i]);
+#pragma unroll
       for (int p = 0; p < i; ++p)
-        A::add_product(acc[i], A::load(l, r0 + i + (r0 + p) * n), x[r0 + p]);
+        acc[i] = A::add_product(acc[i], A::load(l, r0 + i + (r0 + p) * n), x[r0 + p]);
     }
     for (index c = 0; c < r0; ++c) {
-      for (int i = 0; i < 4; ++i) A::add_product(acc[i], A::load(l, r0 + i + c * n), x[c]);
+#pragma unroll
+      for (int i = 0; i < 4; ++i) acc[i] = A::add_product(acc[i], A::load(l, r0 + i + c * n), x[c]);
     }
+#pragma unroll
     for (int i = 0; i < 4; ++i) x[r0 + i] = acc[i];
   }
 }
