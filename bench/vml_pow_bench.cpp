@@ -73,10 +73,19 @@ double max_ulp(const std::vector<T>& x, const std::vector<T>& y, const std::vect
   return worst;
 }
 
+// TAV_POW_BENCH_ROUTINE=vsPow (or vdPow) limits a run to one routine, TAV_POW_BENCH_THREADS=1
+// (or 2) to one thread count, for quick comparisons.
+bool selected(const char* variable, const std::string& value) {
+  const char* only = std::getenv(variable);
+  return only == nullptr || value == only;
+}
+
 template <class T>
 void run_type(const char* routine, markdown_table& table) {
+  if (!selected("TAV_POW_BENCH_ROUTINE", routine)) return;
   std::vector<pow_candidate<T>> all = candidates_of<T>();
   for (int threads : {1, 2}) {
+    if (!selected("TAV_POW_BENCH_THREADS", std::to_string(threads))) continue;
     for (int n : {1000, 1000000}) {
       std::vector<T> x, y;
       fill(n, x, y);

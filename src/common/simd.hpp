@@ -22,7 +22,11 @@ namespace tav::TAV_PATH_NS {
 // broadcast_load (of the element at an address, one load without a shuffle), add, mul,
 // mul_add(a, b, c) = a·b + c (one rounding where the path has FMA, two otherwise), swap_pairs
 // (exchanges the lanes of each pair: re <-> im) and alternate(even, odd) (a constant whose even
-// lanes hold `even`); the 128- and 256-bit forms also bit_xor.
+// lanes hold `even`); the 128- and 256-bit forms also bit_xor. With AVX2 the 256-bit forms
+// add what the elementary functions use: sub, the bit patterns as integer lanes (ireg, bits,
+// from_bits, integer add, and, shifts), lane masks (not_within, select, lane_bits) and table
+// reads (lookup and lookup_pairs from memory for double, permute within a register for float);
+// widen_low, widen_high and narrow convert between eight floats and two registers of doubles.
 template <class R>
 struct simd128;
 
@@ -95,6 +99,39 @@ struct simd256<double> {
   static reg bit_xor(reg a, reg b) { return _mm256_xor_pd(a, b); }
   static reg swap_pairs(reg v) { return _mm256_permute_pd(v, 0x5); }
   static reg alternate(double e, double o) { return _mm256_set_pd(o, e, o, e); }
+#if defined(__AVX2__)
+  static reg sub(reg a, reg b) { return _mm256_sub_pd(a, b); }
+  // Bit patterns as 64-bit integer lanes.
+  using ireg = __m256i;
+  static ireg bits(reg v) { return _mm256_castpd_si256(v); }
+  static reg from_bits(ireg v) { return _mm256_castsi256_pd(v); }
+  static void store(int64_t* p, ireg v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+  static ireg iset(int64_t a) { return _mm256_set1_epi64x(a); }
+  static ireg iadd(ireg a, ireg b) { return _mm256_add_epi64(a, b); }
+  static ireg iand(ireg a, ireg b) { return _mm256_and_si256(a, b); }
+  template <int s>
+  static ireg shl(ireg a) { return _mm256_slli_epi64(a, s); }
+  // table[index[k]] in lane k, and the two columns of a table of pairs: one load per lane.
+  template <class I>
+  static reg lookup(const double* table, const I* index) {
+    return _mm256_setr_pd(table[index[0]], table[index[1]], table[index[2]], table[index[3]]);
+  }
+  template <class I>
+  static void lookup_pairs(const double* table, const I* index, reg& first, reg& second) {
+    reg r02 = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(table + 2 * index[0])),
+                                   _mm_loadu_pd(table + 2 * index[2]), 1);
+    reg r13 = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(table + 2 * index[1])),
+                                   _mm_loadu_pd(table + 2 * index[3]), 1);
+    first = _mm256_unpacklo_pd(r02, r13);
+    second = _mm256_unpackhi_pd(r02, r13);
+  }
+  // Lane masks: all ones where a lane is outside [lo, hi] or NaN; mask ? b : a per lane.
+  static reg not_within(reg a, reg lo, reg hi) {
+    return _mm256_or_pd(_mm256_cmp_pd(a, lo, _CMP_NGE_UQ), _mm256_cmp_pd(a, hi, _CMP_NLE_UQ));
+  }
+  static reg select(reg mask, reg a, reg b) { return _mm256_blendv_pd(a, b, mask); }
+  static int lane_bits(reg mask) { return _mm256_movemask_pd(mask); }
+#endif
 };
 
 template <>
@@ -117,7 +154,52 @@ struct simd256<float> {
   static reg bit_xor(reg a, reg b) { return _mm256_xor_ps(a, b); }
   static reg swap_pairs(reg v) { return _mm256_permute_ps(v, 0xb1); }
   static reg alternate(float e, float o) { return _mm256_set_ps(o, e, o, e, o, e, o, e); }
+#if defined(__AVX2__)
+  static reg sub(reg a, reg b) { return _mm256_sub_ps(a, b); }
+  // Bit patterns as 32-bit integer lanes.
+  using ireg = __m256i;
+  static ireg bits(reg v) { return _mm256_castps_si256(v); }
+  static reg from_bits(ireg v) { return _mm256_castsi256_ps(v); }
+  static reg from_int(ireg v) { return _mm256_cvtepi32_ps(v); }
+  static void store(int32_t* p, ireg v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+  static ireg iset(int32_t a) { return _mm256_set1_epi32(a); }
+  static ireg iadd(ireg a, ireg b) { return _mm256_add_epi32(a, b); }
+  static ireg isub(ireg a, ireg b) { return _mm256_sub_epi32(a, b); }
+  static ireg iand(ireg a, ireg b) { return _mm256_and_si256(a, b); }
+  template <int s>
+  static ireg shl(ireg a) { return _mm256_slli_epi32(a, s); }
+  template <int s>
+  static ireg shr(ireg a) { return _mm256_srli_epi32(a, s); }
+  template <int s>
+  static ireg sar(ireg a) { return _mm256_srai_epi32(a, s); }
+  // table[index & 7] in each lane, from a register that holds the eight entries.
+  static reg permute(reg table, ireg index) { return _mm256_permutevar8x32_ps(table, index); }
+  static reg not_within(reg a, reg lo, reg hi) {
+    return _mm256_or_ps(_mm256_cmp_ps(a, lo, _CMP_NGE_UQ), _mm256_cmp_ps(a, hi, _CMP_NLE_UQ));
+  }
+  static reg mask_or(reg a, reg b) { return _mm256_or_ps(a, b); }
+  static reg select(reg mask, reg a, reg b) { return _mm256_blendv_ps(a, b, mask); }
+  static int lane_bits(reg mask) { return _mm256_movemask_ps(mask); }
+#endif
 };
+
+#if defined(__AVX2__)
+
+// Eight floats as two registers of four doubles (lanes 0-3, 4-7) and back, rounding once.
+inline __m256d widen_low(__m256 v) { return _mm256_cvtps_pd(_mm256_castps256_ps128(v)); }
+inline __m256d widen_high(__m256 v) { return _mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)); }
+inline __m256 narrow(__m256d low, __m256d high) {
+  return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(low)), _mm256_cvtpd_ps(high),
+                              1);
+}
+// The low 32 bits of each 64-bit lane of low and high, as eight 32-bit lanes.
+inline __m256i narrow(__m256i low, __m256i high) {
+  const __m256i pick = _mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6);
+  return _mm256_permute2x128_si256(_mm256_permutevar8x32_epi32(low, pick),
+                                   _mm256_permutevar8x32_epi32(high, pick), 0x20);
+}
+
+#endif
 
 #endif
 

@@ -84,21 +84,23 @@ void check_cases(const tav::vml::kernel_fn<T>* table, const std::vector<pow_case
   vmlSetErrorCallBack(record);
   for (const tav::test::vml_slot& p : tav::test::runnable_vml_slots()) {
     for (int accuracy = 0; accuracy < 3; ++accuracy) {
-      // Element i starts at offset i of the array, so every case meets every lane position
-      // in one of the runs over the rotated arrays.
-      for (int shift = 0; shift < 4; ++shift) {
-        std::vector<T> xs(x.begin() + shift, x.end()), ys(y.begin() + shift, y.end());
+      // Case i sits at offset shift + i, after `shift` ordinary elements (2^3), so that every
+      // case meets every lane position of a block of up to 16 lanes in one of the runs.
+      for (int shift = 0; shift < 16; ++shift) {
+        std::vector<T> xs(shift, T(2)), ys(shift, T(3));
+        xs.insert(xs.end(), x.begin(), x.end());
+        ys.insert(ys.end(), y.begin(), y.end());
         std::vector<T> rs(xs.size());
         reports.clear();
-        table[p.slot + 10 * accuracy](n - shift, xs.data(), ys.data(), rs.data());
-        std::vector<int> status(n - shift, 0);
+        table[p.slot + 10 * accuracy](n + shift, xs.data(), ys.data(), rs.data());
+        std::vector<int> status(n + shift, 0);
         for (const report& rep : reports) status[rep.index] = rep.code;
-        for (int i = 0; i < n - shift; ++i) {
-          const pow_case& c = cases[i + shift];
-          EXPECT_TRUE(same_value(rs[i], static_cast<T>(c.expected)))
+        for (int i = 0; i < n; ++i) {
+          const pow_case& c = cases[i];
+          EXPECT_TRUE(same_value(rs[shift + i], static_cast<T>(c.expected)))
               << "slot " << p.slot << " accuracy " << accuracy + 1 << ": " << c.x << "^" << c.y
-              << " = " << rs[i] << ", expected " << c.expected;
-          EXPECT_EQ(status[i], c.status)
+              << " = " << rs[shift + i] << ", expected " << c.expected;
+          EXPECT_EQ(status[shift + i], c.status)
               << "slot " << p.slot << " accuracy " << accuracy + 1 << ": " << c.x << "^" << c.y;
         }
       }

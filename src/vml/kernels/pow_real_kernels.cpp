@@ -1,24 +1,28 @@
 // The real power kernels vsPow and vdPow per code path: blocks of lanes through the fast formula
-// x^y = e^(y·ln x), and each element that the block test flags through the scalar rare path.
+// x^y = e^(y·ln x) (vsPow with AVX2: x^y = 2^(y·log2 x) on eight lanes, pow_single_block.hpp),
+// and each element that the block test flags through the scalar rare path.
 #include "common/path_naming.hpp"
 #include "vml/kernels/kernel_family.hpp"
 #include "vml/kernels/pow_variants.hpp"
 #include "vml/kernels/vml_kernel.hpp"
 #include "vml/pow/pow_core.hpp"
 #include "vml/pow/pow_rare.hpp"
+#if defined(__AVX2__) && defined(__FMA__)
+#include "vml/pow/pow_single_block.hpp"
+#endif
 
 namespace tav::TAV_PATH_NS::vml_pow {
 namespace {
 
 using namespace pow_core;
 
-// The formulas, from the most accurate down. Single precision computes in double throughout.
+// The formulas, from the most accurate down; single precision without AVX2 computes in double.
 enum class form {
   dd_high,   // vdPow HA: ln x as a double-double (log_q5), t = y·ln x as a double-double
   dd_low,    // vdPow LA: the same with log_q4 and without the 2^(j/128) tail
-  plain5,    // vdPow EP and vsPow HA: ln x in one double (log_p3), e^t with exp_e1
-  plain4,    // vsPow LA: log_p2, exp_e0
-  plain3,    // vsPow EP: log_p1, exp_e0
+  plain5,    // vdPow EP, vsPow HA without AVX2: ln x in one double (log_p3), e^t with exp_e1
+  plain4,    // vsPow LA without AVX2: log_p2, exp_e0
+  plain3,    // vsPow EP without AVX2: log_p1, exp_e0
 };
 
 template <class T>
@@ -32,11 +36,13 @@ struct range<double> {
   static constexpr double x_min = 0x1p-1022, x_max = 0x1.fffffffffffffp+1023;
   static constexpr double y_max = 0x1.fffffffffffffp+1023, t_max = 704.0;
 };
+#if !defined(__AVX2__) || !defined(__FMA__)
 template <>
 struct range<float> {
   static constexpr double x_min = 0x1p-126, x_max = 0x1.fffffep+127;
   static constexpr double y_max = 0x1.fffffep+127, t_max = 87.0;
 };
+#endif
 
 template <form f>
 inline double_double y_log_x(reg x, reg y) {
@@ -74,6 +80,26 @@ inline int pow_block(const T* a, const T* b, T* r) {
   return L::lane_bits(L::mask_or(special, out_of_range));
 }
 
+// pow_block as a block type of the kernel loop (width and run).
+template <class T, form f>
+struct lanes_block {
+  static constexpr int width = L::width;
+  static int run(const T* a, const T* b, T* r) { return pow_block<T, f>(a, b, r); }
+};
+
+#if defined(__AVX2__) && defined(__FMA__)
+using single_high = pow_single::block<pow_single::accuracy::high>;
+using single_low = pow_single::block<pow_single::accuracy::low>;
+using single_enhanced = pow_single::block<pow_single::accuracy::enhanced>;
+#else
+using single_high = lanes_block<float, form::plain5>;
+using single_low = lanes_block<float, form::plain4>;
+using single_enhanced = lanes_block<float, form::plain3>;
+#endif
+using double_high = lanes_block<double, form::dd_high>;
+using double_low = lanes_block<double, form::dd_low>;
+using double_enhanced = lanes_block<double, form::plain5>;
+
 template <class T>
 inline void rare(int i, const T* a, const T* b, T* r, const char* name) {
   int status;
@@ -87,12 +113,12 @@ inline void rare(int i, const T* a, const T* b, T* r, const char* name) {
 
 // Whole blocks in place; the last partial block through a padded copy, so every element goes
 // through the same formula.
-template <class T, form f>
+template <class T, class block>
 void pow_kernel(int n, const T* a, const T* b, T* r, const char* name) {
-  constexpr int w = L::width;
+  constexpr int w = block::width;
   int i = 0;
   for (; i + w <= n; i += w) {
-    int flags = pow_block<T, f>(a + i, b + i, r + i);
+    int flags = block::run(a + i, b + i, r + i);
     for (int lane = 0; flags != 0; ++lane, flags >>= 1) {
       if (flags & 1) rare(i + lane, a, b, r, name);
     }
@@ -103,7 +129,7 @@ void pow_kernel(int n, const T* a, const T* b, T* r, const char* name) {
     xa[k] = i + k < n ? a[i + k] : T(1);
     ya[k] = i + k < n ? b[i + k] : T(1);
   }
-  int flags = pow_block<T, f>(xa, ya, ra);
+  int flags = block::run(xa, ya, ra);
   for (int k = 0; i + k < n; ++k) r[i + k] = ra[k];
   for (int lane = 0; i + lane < n; ++lane) {
     if (flags >> lane & 1) rare(i + lane, a, b, r, name);
@@ -113,22 +139,22 @@ void pow_kernel(int n, const T* a, const T* b, T* r, const char* name) {
 }  // namespace
 }  // namespace tav::TAV_PATH_NS::vml_pow
 
-#define TAV_POW_KERNEL(t, T, acc, flags, f)                                                     \
-  extern "C" void TAV_VML_KERNEL_NAME(t##Pow, acc, flags)(int n, const T* a, const T* b,      \
-                                                           T* r) {                            \
-    tav::TAV_PATH_NS::vml_pow::pow_kernel<T, tav::TAV_PATH_NS::vml_pow::form::f>(n, a, b, r,  \
-                                                                                "v" #t "Pow"); \
+#define TAV_POW_KERNEL(t, T, acc, flags, block)                                                 \
+  extern "C" void TAV_VML_KERNEL_NAME(t##Pow, acc, flags)(int n, const T* a, const T* b,       \
+                                                           T* r) {                             \
+    tav::TAV_PATH_NS::vml_pow::pow_kernel<T, tav::TAV_PATH_NS::vml_pow::block>(n, a, b, r,    \
+                                                                              "v" #t "Pow"); \
   }
 
 #if TAV_POW_HAS_HA
-TAV_POW_KERNEL(d, double, HA, ynn, dd_high)
-TAV_POW_KERNEL(s, float, HA, ynn, plain5)
+TAV_POW_KERNEL(d, double, HA, ynn, double_high)
+TAV_POW_KERNEL(s, float, HA, ynn, single_high)
 #endif
 #if TAV_POW_HAS_LA
-TAV_POW_KERNEL(d, double, LA, ynn, dd_low)
-TAV_POW_KERNEL(s, float, LA, ynn, plain4)
+TAV_POW_KERNEL(d, double, LA, ynn, double_low)
+TAV_POW_KERNEL(s, float, LA, ynn, single_low)
 #endif
 #if TAV_POW_HAS_EP
-TAV_POW_KERNEL(d, double, EP, nnn, plain5)
-TAV_POW_KERNEL(s, float, EP, nnn, plain3)
+TAV_POW_KERNEL(d, double, EP, nnn, double_enhanced)
+TAV_POW_KERNEL(s, float, EP, nnn, single_enhanced)
 #endif

@@ -8,6 +8,10 @@
 
 #include <cstdint>
 
+#if defined(__AVX2__) && defined(__FMA__)
+#include "common/simd.hpp"
+#endif
+
 #ifndef __SSE2__
 #error "the power function needs SSE2, which every x86-64 processor has"
 #endif
@@ -72,13 +76,8 @@ struct lanes {
   // Columns 0 and 1 of the 2-double rows table + 2·index per lane.
   static void rows2(const double* table, ireg index, reg& c0, reg& c1) {
     alignas(32) int64_t i[4];
-    _mm256_store_si256(reinterpret_cast<__m256i*>(i), index);
-    reg r01 = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(table + 2 * i[0])),
-                                   _mm_loadu_pd(table + 2 * i[2]), 1);
-    reg r23 = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(table + 2 * i[1])),
-                                   _mm_loadu_pd(table + 2 * i[3]), 1);
-    c0 = _mm256_unpacklo_pd(r01, r23);
-    c1 = _mm256_unpackhi_pd(r01, r23);
+    simd256<double>::store(i, index);
+    simd256<double>::lookup_pairs(table, i, c0, c1);
   }
 
   // Lane masks, all ones where a lane is outside [lo, hi] or NaN.
