@@ -8,9 +8,12 @@
 #include "service/threads/thread_settings.hpp"
 
 namespace tav::service {
+
+constinit thread_settings_store settings_instance;
+
 namespace {
 
-constinit thread_settings_store store;
+thread_settings_store& store = settings_instance;
 
 // Set with release once everything below is filled; a reader that sees it with acquire sees all.
 std::atomic<bool> settings_read{false};
@@ -52,8 +55,6 @@ void read_environment() {
 }
 
 }  // namespace
-
-thread_settings_store& settings() { return store; }
 
 std::mutex& settings_lock() {
   static std::mutex lock;

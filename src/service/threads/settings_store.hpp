@@ -25,7 +25,9 @@ struct thread_settings_store {
   std::atomic<int> mpi_safe{unset};            // 0 or 1 once a call has set it
 };
 
-thread_settings_store& settings();
+// The one store; inline, so that a per-call check reads a setting without a call.
+extern thread_settings_store settings_instance;
+inline thread_settings_store& settings() { return settings_instance; }
 
 // Serialises the one-time reading and the creation of the per-thread key.
 std::mutex& settings_lock();

@@ -14,13 +14,17 @@ constexpr int vector_math_domain = 3;
 double this_machine_factor() {
   static const double factor = [] {
     const service::hardware_counts& counts = service::hardware();
-    return machine_factor(counts.packages, counts.packages * counts.cores_per_package,
-                          counts.logical);
+    const double a = machine_factor(counts.packages, counts.packages * counts.cores_per_package,
+                                    counts.logical);
+    known_machine_factor.store(a, std::memory_order_relaxed);
+    return a;
   }();
   return factor;
 }
 
 }  // namespace
+
+constinit std::atomic<double> known_machine_factor{-1};
 
 double machine_factor(int packages, int cores, int logical) {
   if (logical <= 1) return 0;

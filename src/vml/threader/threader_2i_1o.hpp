@@ -60,10 +60,11 @@ template <class T>
     run_2i_1o_threaded(threads, n, a, b, r, kernel);
 }
 
-// A short array goes to the kernel straight away.
+// A short array, or one that dynamic threading keeps on one thread, goes to the kernel straight
+// away.
 template <class T>
 void run_2i_1o(int n, const T* a, const T* b, T* r, kernel_fn<T> kernel, float cost) {
-  if (n < threading_threshold)
+  if (n < threading_threshold || one_thread_by_work(n, cost))
     kernel(n, a, b, r);
   else
     run_2i_1o_long(n, a, b, r, kernel, cost);
