@@ -78,6 +78,17 @@ inline index max_of(index x, index y) { return x > y ? x : y; }
 // x rounded up to a multiple of q > 0.
 inline index round_up(index x, index q) { return (x + q - 1) / q * q; }
 
+// Requests the `count` consecutive elements at p: one request for each 64-byte line that holds
+// some of them. Locality 3 brings them to L1; lower values are for data wanted later.
+template <int Locality = 3, class E>
+inline void prefetch_span(const E* p, index count) {
+  if (count <= 0) return;
+  const uintptr_t first = reinterpret_cast<uintptr_t>(p) & ~uintptr_t{63};
+  const uintptr_t last = reinterpret_cast<uintptr_t>(p + count) - 1;
+  for (uintptr_t line = first; line <= last; line += 64)
+    __builtin_prefetch(reinterpret_cast<const void*>(line), 0, Locality);
+}
+
 // Transposition codes after clearing bit 0x20 of the character: 'N' 0, 'T' 1, 'C' 2, other -1.
 inline int decode_trans(const char* t) {
   const char c = static_cast<char>(*t & ~0x20);

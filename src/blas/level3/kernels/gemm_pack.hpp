@@ -27,16 +27,19 @@ inline E fetch(const E* p) {
 // Ã: rows i0..i0+mm of op(A), columns l0..l0+kc, as ceil(mm/MR) slivers of MR x kc stored
 // k-major (Ã_s[l·MR + r] = op(A)(i0 + s·MR + r, l0 + l)); rows past mm are zero, so an edge
 // sliver contributes nothing to the rows the kernel does not store.
-// copyan: op(A) = A, columns contiguous.
+// copyan: op(A) = A, columns contiguous. Each of the kc columns is a separate stream far apart
+// in memory, so while one sliver is copied the rows of the next are requested.
 template <class E, int MR>
 void copyan(const operand<E>& a, index i0, index mm, index l0, index kc, E* dst) {
   for (index s = 0; s < mm; s += MR, dst += MR * kc) {
-    const index rows = min_of(MR, mm - s);
+    const index rows = min_of(MR, mm - s), next_rows = min_of(MR, mm - s - MR);
     const E* src = a.at(i0 + s, l0);
     for (index l = 0; l < kc; ++l, src += a.ld) {
+      if (next_rows > 0) prefetch_span(src + MR, next_rows);
       E* d = dst + l * MR;
       if (rows == MR) {
-        for (int r = 0; r < MR; ++r) d[r] = src[r];
+        // One block move: the element loop stays scalar, its source and target could overlap.
+        __builtin_memcpy(d, src, sizeof(E) * MR);
       } else {
         for (index r = 0; r < rows; ++r) d[r] = src[r];
         for (index r = rows; r < MR; ++r) d[r] = zero_of<E>();
@@ -74,6 +77,9 @@ void copybn(const operand<E>& b, index l0, index kc, index j0, index nn, E* dst)
   for (index s = 0; s < nn; s += NR, dst += NR * kc) {
     const index cols = min_of(NR, nn - s);
     for (index c = 0; c < cols; ++c) {
+      // The column NR on, copied with the next sliver, is requested now: the columns are short
+      // streams, over before the hardware would have found them.
+      if (s + NR + c < nn) prefetch_span(b.at(l0, j0 + s + NR + c), kc);
       const E* src = b.at(l0, j0 + s + c);
       for (index l = 0; l < kc; ++l) dst[l * NR + c] = src[l];
     }

@@ -69,8 +69,10 @@ void with_b_sliver(const operand<E>& b, index pc, index kc, index jc, index nn, 
 // C(0:mm, 0:nn) += alpha·Ã·B_sliver for the packed rows Ã (ceil(mm/MR) slivers of MR x kc).
 template <class E, int MR, int NR, class B>
 void sweep_rows(index kc, E alpha, const E* a, index mm, B b, E* c, index ldc, index nn) {
-  for (index ir = 0; ir < mm; ir += MR)
+  for (index ir = 0; ir < mm; ir += MR) {
+    prefetch_tile(c + ir, ldc, min_of(MR, mm - ir), nn);
     ukernel<E, MR, NR>(kc, alpha, a + ir * kc, MR, b, c + ir, ldc, min_of(MR, mm - ir), nn);
+  }
 }
 
 // A register-block height as a type, for the dispatch below.
@@ -88,6 +90,21 @@ void with_height(index rows, F f) {
   else with_height<E, H + lanes<E>(), MR>(rows, f);
 }
 
+// The rows of op(A) that the next sliver takes when `left` remain: MR, except that a tail of MR
+// rows and at most one vector more is split in two. A one-vector block has NR accumulators, too
+// few to cover the FMA latency, and runs at half the FMA rate at best; two blocks of several
+// vectors do not.
+template <class E, int MR>
+constexpr index sliver_rows(index left) {
+  constexpr int w = lanes<E>();
+  if (MR >= 3 * w && left > MR && left <= MR + w) return MR - w;
+  return min_of(MR, left);
+}
+
+// The elements of a 512 KiB L2.
+template <class E>
+constexpr index l2_elements = index{524288} / sizeof(E);
+
 // The most elements an A sliver read in place may span (kc columns of lda): 64 KiB.
 template <class E>
 constexpr index in_place_span = index{65536} / sizeof(E);
@@ -103,8 +120,8 @@ void run_small(const problem<E>& p) {
   alignas(64) E b_sliver[kb_max * NR];
   for (index pc = 0; pc < p.k; pc += kb) {
     const index kc = min_of(kb, p.k - pc);
-    for (index ic = 0; ic < p.m; ic += MR) {
-      const index mm = min_of(MR, p.m - ic);
+    for (index ic = 0, mm = 0; ic < p.m; ic += mm) {
+      mm = sliver_rows<E, MR>(p.m - ic);
       with_height<E, lanes<E>(), MR>(mm, [&](auto h) {
         constexpr int H = decltype(h)::value;
         // In place only while the sliver's columns span few pages: far apart, each k step of
@@ -113,10 +130,23 @@ void run_small(const problem<E>& p) {
         if (!in_place) pack_a<E, H>(p.a, ic, mm, pc, kc, a_sliver);
         const E* a = in_place ? p.a.at(ic, pc) : a_sliver;
         const index a_step = in_place ? p.a.ld : H;
+        // An untransposed A wider than L2 is kc columns far apart in memory: the rows of the
+        // sliver after next are requested, a share of its columns per kernel call, so that its
+        // packing does not wait on memory.
+        const bool stream_a = !p.a.trans && p.a.ld * kc > l2_elements<E>;
+        const index next_rows = stream_a ? min_of(MR, p.m - ic - 2 * MR) : 0;
+        const index share = (kc * NR + p.n - 1) / p.n;
         for (index jc = 0; jc < p.n; jc += NR) {
           const index nn = min_of(NR, p.n - jc);
+          if (next_rows > 0) {
+            const index l = jc / NR * share;
+            for (index t = l; t < min_of(kc, l + share); ++t)
+              prefetch_span<1>(p.a.at(ic + 2 * MR, pc + t), next_rows);
+          }
           with_b_sliver<E, NR>(p.b, pc, kc, jc, nn, b_sliver, [&](auto b) {
-            ukernel<E, H, NR>(kc, p.alpha, a, a_step, b, p.c + ic + jc * p.ldc, p.ldc, mm, nn);
+            E* const tile = p.c + ic + jc * p.ldc;
+            prefetch_tile(tile, p.ldc, mm, nn);
+            ukernel<E, H, NR>(kc, p.alpha, a, a_step, b, tile, p.ldc, mm, nn);
           });
         }
       });
@@ -152,6 +182,28 @@ void pst(const problem<E>& p) {
   }
 }
 
+// The position of a tile in the driver's order over an mc x nc block of C (row slivers of MR,
+// and within each the columns NR at a time); past the last tile it requests nothing.
+struct tile_cursor {
+  index mc, nc, mr, nr;
+  index ir = 0, jr = 0;
+  template <class E>
+  void request_and_advance(const E* c, index ldc) {
+    if (ir >= mc) return;
+    prefetch_tile(c + ir + jr * ldc, ldc, min_of(mr, mc - ir), min_of(nr, nc - jr));
+    jr += nr;
+    if (jr >= nc) jr = 0, ir += mr;
+  }
+};
+
+// How many kernel calls ahead a tile of C is requested: a call takes about 12·kc FMAs (every
+// register block holds 12 accumulators), and a tile from memory needs some 2000 cycles' notice
+// when the kernel calls are short and C streams through at the memory's rate (k = 32: 12 tiles
+// ahead ran 1.2x to 1.5x as fast as a request one row sweep ahead; bench/RESULTS.md, skinny).
+// Long k keeps the lead at 2: a whole sweep ahead, the requests of one row sliver fell on a
+// few L1 sets when ldc is a power of two and evicted the A sliver.
+inline index tiles_ahead(index kc) { return max_of(index{2}, (index{384} + kc - 1) / kc); }
+
 // The driver (Goto and van de Geijn): for each mb x kb block Ã of op(A) and each kb x nb panel
 // B̃ of op(B), C_block += alpha·Ã·B̃ by MR x NR tiles. The loop over Ã's slivers is outside the
 // loop over B̃'s, so one Ã sliver sits in L1 while B̃ (kb·nb elements) is read from L2.
@@ -176,16 +228,17 @@ void driver(const problem<E>& p) {
       for (index jc = 0; jc < p.n; jc += f.nb) {
         const index nc = min_of(f.nb, p.n - jc);
         pack_b<E, NR>(p.b, pc, kc, jc, nc, bt);
+        // Tiles run row sliver by row sliver, NR columns at a time; `ahead` walks the same
+        // order `lead` tiles in front and requests each tile before its kernel call.
+        tile_cursor ahead{mc, nc, MR, NR};
+        const index lead = tiles_ahead(kc);
+        for (index t = 0; t < lead; ++t) ahead.request_and_advance(p.c + ic + jc * p.ldc, p.ldc);
         for (index ir = 0; ir < mc; ir += MR) {
-          const index mm = min_of(MR, mc - ir), next_mm = min_of(MR, mc - ir - MR);
+          const index mm = min_of(MR, mc - ir);
           for (index jr = 0; jr < nc; jr += NR) {
-            E* const tile = p.c + (ic + ir) + (jc + jr) * p.ldc;
-            const index nn = min_of(NR, nc - jr);
-            // The tile below is requested one sweep of B̃ ahead: with short k a kernel call is
-            // too brief to hide the memory latency of its own tile.
-            if (next_mm > 0) prefetch_tile(tile + MR, p.ldc, next_mm, nn);
+            ahead.request_and_advance(p.c + ic + jc * p.ldc, p.ldc);
             ukernel<E, MR, NR>(kc, p.alpha, at + ir * kc, MR, packed_b<E, NR>{bt + jr * kc},
-                               tile, p.ldc, mm, nn);
+                               p.c + (ic + ir) + (jc + jr) * p.ldc, p.ldc, mm, min_of(NR, nc - jr));
           }
         }
       }
