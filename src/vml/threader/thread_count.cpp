@@ -7,24 +7,26 @@
 #include "service/threads/thread_settings.hpp"
 
 namespace tav::vml {
+
+constinit std::atomic<double> known_machine_factor{-1};
+
 namespace {
 
 constexpr int vector_math_domain = 3;
 
+// Computed by the first call that needs it and kept in known_machine_factor, which the inline
+// check reads too: one copy of the value. Two threads computing it at once store the same number.
 double this_machine_factor() {
-  static const double factor = [] {
-    const service::hardware_counts& counts = service::hardware();
-    const double a = machine_factor(counts.packages, counts.packages * counts.cores_per_package,
-                                    counts.logical);
-    known_machine_factor.store(a, std::memory_order_relaxed);
-    return a;
-  }();
+  double factor = known_machine_factor.load(std::memory_order_relaxed);
+  if (factor >= 0) return factor;
+  const service::hardware_counts& counts = service::hardware();
+  factor = machine_factor(counts.packages, counts.packages * counts.cores_per_package,
+                          counts.logical);
+  known_machine_factor.store(factor, std::memory_order_relaxed);
   return factor;
 }
 
 }  // namespace
-
-constinit std::atomic<double> known_machine_factor{-1};
 
 double machine_factor(int packages, int cores, int logical) {
   if (logical <= 1) return 0;
