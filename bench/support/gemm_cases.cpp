@@ -36,6 +36,7 @@ constexpr const char* gemm_preface =
     "products), medians of interleaved rounds; ratio = TAV / faster peer.\n";
 
 gemm_options options;
+dsyrk_routine* tav_internal_syrk = nullptr;
 
 std::vector<int> int_list(const char* text) {
   std::vector<int> values;
@@ -219,6 +220,35 @@ void trsm_section(const report& r, const std::vector<blas_library>& libraries) {
   table.print(stdout);
 }
 
+// C := A·A^T + C on the lower triangle, A n x n: the update under a blocked Cholesky
+// factorisation, n·n·(n+1) flops.
+void syrk_section(const report& r, const std::vector<blas_library>& libraries) {
+  if (libraries.front().dsyrk == nullptr) {
+    std::printf("(TAV's SYRK is internal: bench/blas_syrk_bench times it)\n");
+    return;
+  }
+  markdown_table table(header(libraries, "GFLOP/s"));
+  const int n = 2000;
+  const std::vector<double> a = random_matrix<double>(size_t(n) * n, 1);
+  std::vector<std::vector<double>> c(libraries.size(), random_matrix<double>(size_t(n) * n, 2));
+  for (int threads : r.options.threads) {
+    std::vector<contender> contenders;
+    for (size_t l = 0; l < libraries.size(); ++l) {
+      dsyrk_routine* routine = libraries[l].dsyrk;
+      if (routine == nullptr) continue;
+      double* cl = c[l].data();
+      contenders.push_back({&libraries[l], [=, &a] {
+                              const double one = 1;
+                              routine("L", "N", &n, &n, &one, a.data(), &n, &one, cl, &n);
+                            }});
+    }
+    const double flops = double(n) * n * (n + 1);
+    measure(r, "syrk", "DSYRK LN", format("%d x %d", n, n), n, threads, flops, flops, false,
+            contenders, table);
+  }
+  table.print(stdout);
+}
+
 void peak_section(const report& r) {
   markdown_table table({"threads", "FMA-loop peak GFLOP/s (double, 256-bit FMA)"});
   for (int threads : r.options.threads) {
@@ -255,6 +285,7 @@ bool parse_gemm_option(const char* argument) {
 // chosen sections, labelled with the TAV path tag.
 void run_gemm_cases(const char* path_tag, const char* openblas_core) {
   std::vector<blas_library> libraries = {tav_library()};
+  libraries.front().dsyrk = tav_internal_syrk;
   for (const blas_library& peer : load_peers(openblas_core)) libraries.push_back(peer);
   std::printf("\n### TAV on the %s path\n\n", path_tag);
   for (const blas_library& l : libraries) std::printf("- %s: %s\n", l.name.c_str(), l.detail.c_str());
@@ -269,6 +300,7 @@ void run_gemm_cases(const char* path_tag, const char* openblas_core) {
     else if (section == "small") small_section(r, libraries);
     else if (section == "skinny") skinny_section(r, libraries);
     else if (section == "trsm") trsm_section(r, libraries);
+    else if (section == "syrk") syrk_section(r, libraries);
     else std::printf("(unknown section)\n");
     std::printf("\n");
     std::fflush(stdout);
@@ -284,7 +316,10 @@ void run_path(const path_choice& path) {
 
 }  // namespace
 
-int gemm_bench_main(int argc, char** argv) {
+int gemm_bench_main(int argc, char** argv, const char* default_sections,
+                    dsyrk_routine* tav_syrk) {
+  tav_internal_syrk = tav_syrk;
+  if (default_sections != nullptr) parse_gemm_option(default_sections);
   std::vector<char*> paths = {argv[0]};
   for (int a = 1; a < argc; ++a)
     if (!parse_gemm_option(argv[a])) paths.push_back(argv[a]);
