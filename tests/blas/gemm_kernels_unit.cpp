@@ -1,6 +1,7 @@
 // The per-path serial matrix-product kernels tav_blas_<tag>_x?gemm, called directly on every
 // code path this processor can run: all transpositions, shapes on both sides of every blocking
-// edge of the path, special values, and bitwise agreement of split products on cnr_def.
+// edge of the path, special values, and bitwise agreement of split products on cnr_def; and the
+// one-triangle form x?gemmt.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -20,6 +21,8 @@
 extern "C" {
 tav::blas::xgemm_fn<float> TAV_PATH_VARIANTS(blas, xsgemm), TAV_PATH_VARIANTS(blas, xcgemm);
 tav::blas::xgemm_fn<double> TAV_PATH_VARIANTS(blas, xdgemm), TAV_PATH_VARIANTS(blas, xzgemm);
+tav::blas::xgemmt_fn<float> TAV_PATH_VARIANTS(blas, xsgemmt), TAV_PATH_VARIANTS(blas, xcgemmt);
+tav::blas::xgemmt_fn<double> TAV_PATH_VARIANTS(blas, xdgemmt), TAV_PATH_VARIANTS(blas, xzgemmt);
 tav::blas::path_query_fn TAV_PATH_VARIANTS(blas, get_kernel_api_version);
 }
 
@@ -30,16 +33,32 @@ namespace params = tav::params_view::gemm;
 
 const char* const tags[8] = {"def", "cnr_def", "mc", "mc3", "avx", "avx2", "avx512_tp", "avx512"};
 
+// The variant of `path` for element type T among one family's four tables (s, d, c, z).
+template <class T, class FS, class FD>
+auto of_type(int path, FS* const (&s)[8], FD* const (&d)[8], FS* const (&c)[8],
+             FD* const (&z)[8]) {
+  if constexpr (std::is_same_v<T, float>) return s[path];
+  else if constexpr (std::is_same_v<T, double>) return d[path];
+  else if constexpr (std::is_same_v<T, std::complex<float>>) return c[path];
+  else return z[path];
+}
+
 template <class T>
 tav::blas::xgemm_fn<tav::real_t<T>>* kernel_of(int path) {
   static constexpr tav::blas::xgemm_fn<float>* s[8] = {TAV_PATH_VARIANTS(blas, xsgemm)};
   static constexpr tav::blas::xgemm_fn<double>* d[8] = {TAV_PATH_VARIANTS(blas, xdgemm)};
   static constexpr tav::blas::xgemm_fn<float>* c[8] = {TAV_PATH_VARIANTS(blas, xcgemm)};
   static constexpr tav::blas::xgemm_fn<double>* z[8] = {TAV_PATH_VARIANTS(blas, xzgemm)};
-  if constexpr (std::is_same_v<T, float>) return s[path];
-  else if constexpr (std::is_same_v<T, double>) return d[path];
-  else if constexpr (std::is_same_v<T, std::complex<float>>) return c[path];
-  else return z[path];
+  return of_type<T>(path, s, d, c, z);
+}
+
+template <class T>
+tav::blas::xgemmt_fn<tav::real_t<T>>* triangle_kernel_of(int path) {
+  static constexpr tav::blas::xgemmt_fn<float>* s[8] = {TAV_PATH_VARIANTS(blas, xsgemmt)};
+  static constexpr tav::blas::xgemmt_fn<double>* d[8] = {TAV_PATH_VARIANTS(blas, xdgemmt)};
+  static constexpr tav::blas::xgemmt_fn<float>* c[8] = {TAV_PATH_VARIANTS(blas, xcgemmt)};
+  static constexpr tav::blas::xgemmt_fn<double>* z[8] = {TAV_PATH_VARIANTS(blas, xzgemmt)};
+  return of_type<T>(path, s, d, c, z);
 }
 
 template <class T>
@@ -253,6 +272,38 @@ TYPED_TEST(GemmKernels, ReproduciblePathIsBlockInvariant) {
         EXPECT_TRUE(bitwise_equal(whole, split)) << whole.describe();
         expect_matches_reference(whole);
       }
+}
+
+// The one-triangle product: on the part (i - j >= d for 'L', <= d for 'U') the product, with
+// diagonals that cross register blocks, miss the block or cover it whole; off the part C bit for
+// bit as it was, even with beta = 0.
+TYPED_TEST(GemmKernels, TriangleProductUpdatesOnlyItsPart) {
+  using T = TypeParam;
+  using R = tav::real_t<T>;
+  for (int path : runnable_paths()) {
+    SCOPED_TRACE(tags[path]);
+    const auto rb = block_of<T>(path);
+    const int64_t m = 3 * rb.mr + 5, n = 4 * rb.nr + 1;
+    for (char uplo : {'L', 'U'})
+      for (int64_t d : {int64_t{0}, int64_t{-7}, int64_t{5}, m, -n})
+        for (int64_t k : {3, 200}) {
+          gemm_problem<T> p('N', 'C', m, n, k, scalar<T>(0.6, -1.1), scalar<T>(k == 3 ? 0 : 0.5, 0));
+          SCOPED_TRACE(testing::Message() << uplo << " d=" << d << " " << p.describe());
+          gemm_reference<T> r = p.reference();
+          for (int64_t j = 0; j < n; ++j)
+            for (int64_t i = 0; i < m; ++i)
+              if (uplo == 'L' ? i - j < d : i - j > d) {
+                const size_t at = static_cast<size_t>(i + j * m);
+                r.want[at] = p.c0[at];
+                r.bound[at] = 0;  // any difference there fails
+              }
+          auto e = [](const T* x) { return reinterpret_cast<const R*>(x); };
+          triangle_kernel_of<T>(path)(&uplo, &p.transa, &p.transb, &m, &n, &k, e(&p.alpha),
+                                      e(p.a.data()), &p.lda, e(p.b.data()), &p.ldb, e(&p.beta),
+                                      reinterpret_cast<R*>(p.c.data()), &p.ldc, &d);
+          expect_matches(p, r);
+        }
+  }
 }
 
 TEST(GemmKernels, InterfaceVersionPerPath) {

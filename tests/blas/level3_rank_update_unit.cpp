@@ -1,6 +1,6 @@
 // The symmetric and Hermitian rank-k and rank-2k updates (syrk, herk, syr2k, her2k) against the
 // long-double reference for both triangles and every transpose each routine takes, at sizes
-// around the diagonal block, with alpha and beta of 0, 1 and general values. The triangle that is
+// around the panel step, with alpha and beta of 0, 1 and general values. The triangle that is
 // not referenced must stay bit for bit, and beta = 0 must not read C.
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ namespace {
 
 using namespace tav::test;
 
-constexpr int64_t leaf = tav::blas::rank_update_blocking::leaf;
+constexpr int64_t step = tav::blas::rank_update_blocking::step;
 
 enum class routine { syrk, herk, syr2k, her2k };
 
@@ -68,11 +68,11 @@ struct shape {
   int64_t n, k;
 };
 
-// Orders on both sides of one and two diagonal blocks, k = 0 and 1, a deep sum, and an update
+// Orders on both sides of one and two panel steps, k = 0 and 1, a deep sum, and an update
 // large enough to be split over threads.
 const shape shapes[] = {{0, 3},        {3, 0},        {1, 1},        {5, 1},
-                        {leaf - 1, 7}, {leaf, 3},     {leaf + 1, 9}, {2 * leaf + 5, 17},
-                        {300, 48},     {17, 2 * leaf}};
+                        {step - 1, 7}, {step, 3},     {step + 1, 9}, {2 * step + 5, 17},
+                        {300, 48},     {17, 2 * step}};
 
 template <class T>
 void run_routine(const rank_case& c, int64_t n, int64_t k, T alpha, T beta, const T* a, int64_t lda,

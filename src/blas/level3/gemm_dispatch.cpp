@@ -8,6 +8,10 @@ TAV_DISPATCHED(blas, xsgemm, xgemm_fn<float>);
 TAV_DISPATCHED(blas, xdgemm, xgemm_fn<double>);
 TAV_DISPATCHED(blas, xcgemm, xgemm_fn<float>);
 TAV_DISPATCHED(blas, xzgemm, xgemm_fn<double>);
+TAV_DISPATCHED(blas, xsgemmt, xgemmt_fn<float>);
+TAV_DISPATCHED(blas, xdgemmt, xgemmt_fn<double>);
+TAV_DISPATCHED(blas, xcgemmt, xgemmt_fn<float>);
+TAV_DISPATCHED(blas, xzgemmt, xgemmt_fn<double>);
 TAV_DISPATCHED(blas, get_kernel_api_version, path_query_fn);
 TAV_DISPATCHED(blas, gemm_code_path, path_query_fn);
 
@@ -44,6 +48,19 @@ void tav_blas_xzgemm(const char* transa, const char* transb, const int64_t* m, c
                      const int64_t* ldc) {
   xzgemm_dispatch(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
+
+#define TAV_GEMMT_FORWARDER(name, R)                                                             \
+  void tav_blas_##name(const char* uplo, const char* transa, const char* transb, const int64_t* m, \
+                       const int64_t* n, const int64_t* k, const R* alpha, const R* a,             \
+                       const int64_t* lda, const R* b, const int64_t* ldb, const R* beta, R* c,    \
+                       const int64_t* ldc, const int64_t* diagonal) {                              \
+    name##_dispatch(uplo, transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, diagonal); \
+  }
+
+TAV_GEMMT_FORWARDER(xsgemmt, float)
+TAV_GEMMT_FORWARDER(xdgemmt, double)
+TAV_GEMMT_FORWARDER(xcgemmt, float)
+TAV_GEMMT_FORWARDER(xzgemmt, double)
 
 int tav_blas_get_kernel_api_version(void) { return get_kernel_api_version_dispatch(); }
 

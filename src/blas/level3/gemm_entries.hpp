@@ -36,6 +36,9 @@ void tav_blas_zgemm(const char* transa, const char* transb, const int64_t* m, co
 // interleaved (re, im) pairs of the real type.
 tav::blas::xgemm_fn<float> tav_blas_xsgemm, tav_blas_xcgemm;
 tav::blas::xgemm_fn<double> tav_blas_xdgemm, tav_blas_xzgemm;
+// The same on one triangle of C (see xgemmt_fn).
+tav::blas::xgemmt_fn<float> tav_blas_xsgemmt, tav_blas_xcgemmt;
+tav::blas::xgemmt_fn<double> tav_blas_xdgemmt, tav_blas_xzgemmt;
 
 // The kernel interface version of the dispatched path: 1 (def, cnr_def, mc, mc3, avx), the caller
 // threads the product itself; 2 (avx2, avx512_tp, avx512), thread counts from size formulas.
@@ -44,3 +47,31 @@ int tav_blas_get_kernel_api_version(void);
 int tav_blas_gemm_code_path(void);
 
 }  // extern "C"
+
+namespace tav::blas {
+
+// The dispatched serial entries by element type: the product and its one-triangle form.
+template <class T>
+struct serial_entries;
+template <>
+struct serial_entries<float> {
+  static constexpr xgemm_fn<float>* gemm = tav_blas_xsgemm;
+  static constexpr xgemmt_fn<float>* gemmt = tav_blas_xsgemmt;
+};
+template <>
+struct serial_entries<double> {
+  static constexpr xgemm_fn<double>* gemm = tav_blas_xdgemm;
+  static constexpr xgemmt_fn<double>* gemmt = tav_blas_xdgemmt;
+};
+template <>
+struct serial_entries<std::complex<float>> {
+  static constexpr xgemm_fn<float>* gemm = tav_blas_xcgemm;
+  static constexpr xgemmt_fn<float>* gemmt = tav_blas_xcgemmt;
+};
+template <>
+struct serial_entries<std::complex<double>> {
+  static constexpr xgemm_fn<double>* gemm = tav_blas_xzgemm;
+  static constexpr xgemmt_fn<double>* gemmt = tav_blas_xzgemmt;
+};
+
+}  // namespace tav::blas

@@ -19,12 +19,7 @@ template <class T>
 void serial(const gemm_call<T>& g, index m, index n, const T* a, const T* b, T* c) {
   using R = real_t<T>;
   auto r = [](const T* p) { return reinterpret_cast<const R*>(p); };
-  xgemm_fn<R>* kernel = nullptr;
-  if constexpr (std::is_same_v<T, float>) kernel = tav_blas_xsgemm;
-  else if constexpr (std::is_same_v<T, double>) kernel = tav_blas_xdgemm;
-  else if constexpr (std::is_same_v<T, std::complex<float>>) kernel = tav_blas_xcgemm;
-  else kernel = tav_blas_xzgemm;
-  kernel(g.transa, g.transb, &m, &n, &g.k, r(g.alpha), r(a), &g.lda, r(b), &g.ldb, r(g.beta),
+  serial_entries<T>::gemm(g.transa, g.transb, &m, &n, &g.k, r(g.alpha), r(a), &g.lda, r(b), &g.ldb, r(g.beta),
          reinterpret_cast<R*>(c), &g.ldc);
 }
 

@@ -16,7 +16,7 @@ void syrk(char uplo, char trans, index n, index k, T alpha, const T* a, index ld
   rank_update<T> u = make_rank_update<T>(uplo, trans, 'T', k, beta);
   u.terms[0] = {alpha, a, lda, a, lda};
   u.term_count = 1;
-  update_rank_triangle(u, n, c, ldc, "SYRK");
+  update_rank_triangle(u, n, c, ldc);
 }
 
 template <class T>
@@ -25,7 +25,7 @@ void herk(char uplo, char trans, index n, index k, real_t<T> alpha, const T* a, 
   rank_update<T> u = make_rank_update<T>(uplo, trans, 'C', k, T(beta));
   u.terms[0] = {T(alpha), a, lda, a, lda};
   u.term_count = 1;
-  update_rank_triangle(u, n, c, ldc, "HERK");
+  update_rank_triangle(u, n, c, ldc);
 }
 
 template <class T>
@@ -35,7 +35,7 @@ void syr2k(char uplo, char trans, index n, index k, T alpha, const T* a, index l
   u.terms[0] = {alpha, a, lda, b, ldb};
   u.terms[1] = {alpha, b, ldb, a, lda};
   u.term_count = 2;
-  update_rank_triangle(u, n, c, ldc, "SYR2K");
+  update_rank_triangle(u, n, c, ldc);
 }
 
 template <class T>
@@ -46,7 +46,7 @@ void her2k(char uplo, char trans, index n, index k, T alpha, const T* a, index l
   u.terms[0] = {alpha, a, lda, b, ldb};
   u.terms[1] = {std::conj(alpha), b, ldb, a, lda};
   u.term_count = 2;
-  update_rank_triangle(u, n, c, ldc, "HER2K");
+  update_rank_triangle(u, n, c, ldc);
 }
 
 template void syrk<float>(char, char, index, index, float, const float*, index, float, float*,

@@ -1,20 +1,19 @@
 // The symmetric and Hermitian rank-k and rank-2k updates written once:
 // C := beta·C + sum_t alpha_t·X_t·op(Y_t) on one triangle of C, with op the transpose (syrk,
-// syr2k) or the conjugate transpose (herk, her2k), recursive on GEMM and threaded by column
-// panels.
+// syr2k) or the conjugate transpose (herk, her2k), by the per-path product on one triangle and
+// threaded by column panels.
 #pragma once
 
 #include <omp.h>
-#include <tav/tav_error.h>
 #include <tav/tav_threads.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include "blas/blas_internal.hpp"
+#include "blas/level3/gemm_entries.hpp"
 #include "blas/level3/trsm_arguments.hpp"
 #include "common/scalar_traits.hpp"
-#include "common/scratch.hpp"
 
 namespace tav::blas {
 
@@ -41,120 +40,68 @@ struct rank_update {
   bool hermitian() const { return op == 'C'; }
 };
 
+// Panels of columns start at multiples of this step, a multiple of every path's register block
+// (rows and columns), so the tiles of C and those the diagonal crosses are the same whichever
+// panels the threads take: every element of C is then computed alike for any thread count.
 struct rank_update_blocking {
-  // Order of the diagonal blocks. Each is computed whole into a scratch square, so the other
-  // half of it, leaf/(2n) of all the flops, is work thrown away; smaller leaves waste less but
-  // make slimmer GEMM calls.
-  static constexpr index leaf = 96;
-  // Used when the scratch square cannot be allocated.
-  static constexpr index fallback_leaf = 16;
+  static constexpr index step = 96;
 };
 
-// C(i:i+ni, j:j+nj) := beta·C(i:i+ni, j:j+nj) + sum_t alpha_t·X_t(i:i+ni)·op(Y_t(j:j+nj)), where
-// X(i:i+ni) means rows i.. of X, or its columns i.. in the transposed form (op(X)·Y). The
-// second term accumulates onto the first with beta = 1.
+// The one-triangle product of the dispatched path, complex data as interleaved reals.
 template <class T>
-void add_block_product(const rank_update<T>& u, index i, index ni, index j, index nj, T beta, T* c,
-                       index ldc) {
+void triangle_product(char uplo, char transa, char transb, index m, index n, index k, T alpha,
+                      const T* a, index lda, const T* b, index ldb, T beta, T* c, index ldc,
+                      index diagonal) {
+  using R = real_t<T>;
+  auto r = [](const T* p) { return reinterpret_cast<const R*>(p); };
+  serial_entries<T>::gemmt(&uplo, &transa, &transb, &m, &n, &k, r(&alpha), r(a), &lda, r(b), &ldb, r(&beta),
+         reinterpret_cast<R*>(c), &ldc, &diagonal);
+}
+
+// A Hermitian C has a real diagonal by definition: the imaginary parts of C(j, j), j0 <= j < j1,
+// are not read (cleared before beta scales them) and the update leaves none (those of the sum
+// are rounding).
+template <class T>
+void clear_diagonal_imaginary(index j0, index j1, T* c, index ldc) {
+  if constexpr (is_complex_v<T>) {
+    for (index j = j0; j < j1; ++j) c[j + j * ldc] = T(c[j + j * ldc].real(), 0);
+  }
+}
+
+// The columns [j0, j1) of the referenced triangle, from the diagonal down (lower) or from row 0 to
+// the diagonal (upper), one triangle product per term. Block row i, column j is element
+// (i0 + i, j0 + j) of C, on the triangle when i0 + i >= j0 + j (lower) or <= (upper).
+template <class T>
+void update_panel(const rank_update<T>& u, index j0, index j1, index n, T* c, index ldc) {
+  const index i0 = u.lower ? j0 : 0, rows = u.lower ? n - j0 : j1, cols = j1 - j0;
+  const char uplo = u.lower ? 'L' : 'U';
+  const index diagonal = j0 - i0;
+  T* block = c + i0 + j0 * ldc;
+  if (u.hermitian() && u.beta != T(0)) clear_diagonal_imaginary(j0, j1, c, ldc);
   for (int t = 0; t < u.term_count; ++t) {
     const rank_update_term<T>& term = u.terms[t];
-    const T term_beta = t == 0 ? beta : T(1);
+    const T term_beta = t == 0 ? u.beta : T(1);
     if (!u.transposed) {
-      gemm<T>('N', u.op, ni, nj, u.k, term.alpha, term.x + i, term.ldx, term.y + j, term.ldy,
-              term_beta, c, ldc);
+      triangle_product<T>(uplo, 'N', u.op, rows, cols, u.k, term.alpha, term.x + i0, term.ldx,
+                          term.y + j0, term.ldy, term_beta, block, ldc, diagonal);
     } else {
-      gemm<T>(u.op, 'N', ni, nj, u.k, term.alpha, term.x + i * term.ldx, term.ldx,
-              term.y + j * term.ldy, term.ldy, term_beta, c, ldc);
+      triangle_product<T>(uplo, u.op, 'N', rows, cols, u.k, term.alpha, term.x + i0 * term.ldx,
+                          term.ldx, term.y + j0 * term.ldy, term.ldy, term_beta, block, ldc,
+                          diagonal);
     }
   }
-}
-
-// C11 := beta·C11 + S on the referenced triangle of the nb x nb diagonal block C11, leaving the
-// other triangle as it was; beta = 0 does not read C11. A Hermitian C has a real diagonal by
-// definition, so its diagonal keeps only the real parts (the imaginary part of S_jj is rounding).
-template <class T>
-void merge_triangle(const rank_update<T>& u, index nb, const T* s, T* c11, index ldc) {
-  const bool beta_zero = u.beta == T(0);
-  for (index j = 0; j < nb; ++j) {
-    const index first = u.lower ? j : 0;
-    const index last = u.lower ? nb : j + 1;
-    T* cj = c11 + j * ldc;
-    const T* sj = s + j * nb;
-    const T diagonal = beta_zero ? T(0) : cj[j];
-    for (index i = first; i < last; ++i) cj[i] = beta_zero ? sj[i] : u.beta * cj[i] + sj[i];
-    if constexpr (is_complex_v<T>) {
-      if (u.hermitian()) cj[j] = T(u.beta.real() * diagonal.real() + sj[j].real(), 0);
-    }
-  }
-}
-
-// C := beta·C on the referenced triangle only: the whole update when alpha = 0 or k = 0.
-// beta = 0 writes zeros without reading C; a Hermitian diagonal is made real.
-template <class T>
-void scale_triangle(const rank_update<T>& u, index n, T* c, index ldc) {
-  const bool beta_zero = u.beta == T(0);
-  for (index j = 0; j < n; ++j) {
-    const index first = u.lower ? j : 0;
-    const index last = u.lower ? n : j + 1;
-    T* cj = c + j * ldc;
-    for (index i = first; i < last; ++i) cj[i] = beta_zero ? T(0) : u.beta * cj[i];
-    if constexpr (is_complex_v<T>) {
-      if (u.hermitian()) cj[j] = T(cj[j].real(), 0);
-    }
-  }
-}
-
-// The update of the order-n diagonal block of C at (i, i), halved until it fits a leaf:
-//   C11 := beta·C11 + sum alpha·X1·op(Y1)       (recursively)
-//   C21 := beta·C21 + sum alpha·X2·op(Y1)       (lower, one GEMM per term)
-//   C12 := beta·C12 + sum alpha·X1·op(Y2)       (upper, one GEMM per term)
-//   C22 := beta·C22 + sum alpha·X2·op(Y2)       (recursively)
-// Halving keeps the off-diagonal GEMM calls as large and square as the triangle allows. A leaf
-// is computed whole into the scratch square s (leaf x leaf) and merged into its triangle. The
-// split falls on a multiple of the leaf counted from column 0 (i is one), so the leaves are the
-// same diagonal blocks whichever panels the threads took: every element of C is then computed
-// the same way for any thread count.
-template <class T>
-void update_triangle(const rank_update<T>& u, index i, index n, T* c, index ldc, T* s, index leaf) {
-  if (n <= leaf) {
-    add_block_product(u, i, n, i, n, T(0), s, n);
-    merge_triangle(u, n, s, c + i + i * ldc, ldc);
-    return;
-  }
-  const index blocks = (n + leaf - 1) / leaf;
-  const index n1 = blocks / 2 * leaf;
-  const index n2 = n - n1;
-  update_triangle(u, i, n1, c, ldc, s, leaf);
-  if (u.lower) {
-    add_block_product(u, i + n1, n2, i, n1, u.beta, c + (i + n1) + i * ldc, ldc);
-  } else {
-    add_block_product(u, i, n1, i + n1, n2, u.beta, c + i + (i + n1) * ldc, ldc);
-  }
-  update_triangle(u, i + n1, n2, c, ldc, s, leaf);
-}
-
-// The columns [j0, j1) of the referenced triangle: the diagonal block, recursively, and the
-// rectangle beside it, C(j1:n, j0:j1) below (lower) or C(0:j0, j0:j1) above (upper), by GEMM.
-template <class T>
-void update_panel(const rank_update<T>& u, index j0, index j1, index n, T* c, index ldc, T* s,
-                  index leaf) {
-  update_triangle(u, j0, j1 - j0, c, ldc, s, leaf);
-  if (u.lower) {
-    add_block_product(u, j1, n - j1, j0, j1 - j0, u.beta, c + j1 + j0 * ldc, ldc);
-  } else {
-    add_block_product(u, 0, j0, j0, j1 - j0, u.beta, c + j0 * ldc, ldc);
-  }
+  if (u.hermitian()) clear_diagonal_imaginary(j0, j1, c, ldc);
 }
 
 // The first column of panel t of `team` panels of about equal area. The lower triangle holds
 // n·j - j^2/2 elements left of column j, the upper one j^2/2, so the boundary of a fraction f
-// of the area is n·(1 - sqrt(1 - f)) or n·sqrt(f), rounded to a multiple of the leaf (which
+// of the area is n·(1 - sqrt(1 - f)) or n·sqrt(f), rounded to a multiple of the step (which
 // also keeps two threads off one cache line of C).
-inline index panel_start(bool lower, index n, int t, int team, index leaf) {
+inline index panel_start(bool lower, index n, int t, int team, index step) {
   if (t >= team) return n;
   const double f = static_cast<double>(t) / team;
   const double j = lower ? n * (1 - std::sqrt(1 - f)) : n * std::sqrt(f);
-  return std::min<index>(n, (static_cast<index>(j) + leaf / 2) / leaf * leaf);
+  return std::min<index>(n, (static_cast<index>(j) + step / 2) / step * step);
 }
 
 // Threads for an update of order n and depth k: one inside a parallel region (the caller's
@@ -168,26 +115,15 @@ inline int rank_update_threads(index n, index k) {
 }
 
 // The whole update of the order-n C, with the quick returns of the rank-k routines: nothing to
-// do for n = 0 or for an empty sum with beta = 1; an empty sum otherwise only scales. Threads
-// take column panels of equal area; each has its own scratch square and calls GEMM serially.
+// do for n = 0 or for an empty sum with beta = 1 (an empty sum otherwise only scales, which the
+// triangle product does without reading A or B). Threads take column panels of equal area.
 template <class T>
-void update_rank_triangle(const rank_update<T>& u, index n, T* c, index ldc,
-                          const char* operation) {
+void update_rank_triangle(const rank_update<T>& u, index n, T* c, index ldc) {
   if (n <= 0) return;
   const bool no_product = u.k <= 0 || u.terms[0].alpha == T(0);
-  if (no_product) {
-    if (u.beta != T(1)) scale_triangle(u, n, c, ldc);
-    return;
-  }
-  const routine_name<T> name(operation);
+  if (no_product && u.beta == T(1)) return;
   auto run_panel = [&](index j0, index j1) {
-    using blocking = rank_update_blocking;
-    if (j1 <= j0) return;
-    scratch<T> buffer(static_cast<size_t>(blocking::leaf * blocking::leaf), 64);
-    T fallback[blocking::fallback_leaf * blocking::fallback_leaf];
-    const bool have_buffer = tav_serv_check_ptr_and_warn(buffer.data(), name.text) == 0;
-    update_panel(u, j0, j1, n, c, ldc, have_buffer ? buffer.data() : fallback,
-                 have_buffer ? blocking::leaf : blocking::fallback_leaf);
+    if (j1 > j0) update_panel(u, j0, j1, n, c, ldc);
   };
   const int threads = rank_update_threads(n, u.k);
   if (threads <= 1) {
@@ -197,8 +133,8 @@ void update_rank_triangle(const rank_update<T>& u, index n, T* c, index ldc,
 #pragma omp parallel num_threads(threads)
   {
     const int team = omp_get_num_threads(), t = omp_get_thread_num();
-    constexpr index leaf = rank_update_blocking::leaf;
-    run_panel(panel_start(u.lower, n, t, team, leaf), panel_start(u.lower, n, t + 1, team, leaf));
+    constexpr index step = rank_update_blocking::step;
+    run_panel(panel_start(u.lower, n, t, team, step), panel_start(u.lower, n, t + 1, team, step));
   }
 }
 

@@ -20,13 +20,10 @@ template <class E>
 void serial_gemm(const char* transa, const char* transb, const index* m, const index* n,
                  const index* k, const E* alpha, const E* a, const index* lda, const E* b,
                  const index* ldb, const E* beta, E* c, const index* ldc) {
-  constexpr bool complex = element<E>::complex;
-  const int ta = decode_trans(transa), tb = decode_trans(transb);
-  const problem<E> p{{a, *lda, ta != 0, complex && ta == 2},
-                     {b, *ldb, tb != 0, complex && tb == 2},
-                     *m, *n, *k, *alpha, *beta, c, *ldc};
+  const problem<E> p = problem_of(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
   const bool alpha_zero = is_zero(p.alpha), beta_zero = is_zero(p.beta);
-  const serial_route route = route_serial<E>({ta, tb, p.m, p.n, p.k, alpha_zero, beta_zero});
+  const serial_route route = route_serial<E>(
+      {decode_trans(transa), decode_trans(transb), p.m, p.n, p.k, alpha_zero, beta_zero});
   count_route(route);
   if (route == serial_route::done) return;
   if (route == serial_route::nocopy_6x6) {

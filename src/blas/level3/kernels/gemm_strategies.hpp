@@ -20,6 +20,18 @@ struct problem {
   index ldc;
 };
 
+// The problem as the serial entries receive it: everything by address, transposition letters
+// read by their first byte.
+template <class E>
+problem<E> problem_of(const char* transa, const char* transb, const index* m, const index* n,
+                      const index* k, const E* alpha, const E* a, const index* lda, const E* b,
+                      const index* ldb, const E* beta, E* c, const index* ldc) {
+  constexpr bool complex = element<E>::complex;
+  const int ta = decode_trans(transa), tb = decode_trans(transb);
+  return {{a, *lda, ta != 0, complex && ta == 2}, {b, *ldb, tb != 0, complex && tb == 2},
+          *m, *n, *k, *alpha, *beta, c, *ldc};
+}
+
 // A packing buffer from the memory manager, returned on every exit.
 class pack_buffer {
  public:
@@ -45,13 +57,66 @@ constexpr const char* routine_name() {
   else return "ZGEMM";
 }
 
-// C := beta·C; beta = 0 writes zeros without reading C (a NaN there does not survive).
-template <class E>
-void scale_c(index m, index n, E beta, E* c, index ldc) {
+// The part of the m x n block C that a product updates. whole_c: all of it. triangle_of_c: the
+// elements (i, j) with i - j >= diagonal (lower) or i - j <= diagonal (upper), which is how the
+// rank updates cut a panel of columns along the diagonal of the whole matrix.
+struct whole_c {
+  static constexpr bool whole = true;
+  static index first_row(index) { return 0; }
+  static index end_row(index, index m) { return m; }
+};
+
+struct triangle_of_c {
+  static constexpr bool whole = false;
+  bool lower;
+  index diagonal;
+
+  // The rows [first_row, end_row) of column j that belong to the part.
+  index first_row(index j) const { return lower ? max_of(index{0}, j + diagonal) : 0; }
+  index end_row(index j, index m) const { return lower ? m : min_of(m, j + diagonal + 1); }
+  // Of the mm x nn tile at (i, j): 1 when the part holds all of it, -1 when none, 0 otherwise.
+  int covers(index i, index mm, index j, index nn) const {
+    const index least = i - (j + nn - 1), most = i + mm - 1 - j;  // of row - column
+    if (lower) return least >= diagonal ? 1 : most < diagonal ? -1 : 0;
+    return most <= diagonal ? 1 : least > diagonal ? -1 : 0;
+  }
+};
+
+// C := beta·C on the part; beta = 0 writes zeros without reading C (a NaN there does not survive).
+template <class E, class Part = whole_c>
+void scale_c(index m, index n, E beta, E* c, index ldc, const Part& part = {}) {
   if (is_one(beta)) return;
   const bool zero = is_zero(beta);
   for (index j = 0; j < n; ++j, c += ldc)
-    for (index i = 0; i < m; ++i) c[i] = zero ? zero_of<E>() : mul(beta, c[i]);
+    for (index i = part.first_row(j); i < part.end_row(j, m); ++i)
+      c[i] = zero ? zero_of<E>() : mul(beta, c[i]);
+}
+
+// The kernel call for the mm x nn tile at (i, j) of C: straight into C where the part holds the
+// whole tile, skipped where it holds none, and where the diagonal crosses the tile into a zeroed
+// H x NR block whose elements on the part are then added to C. Interior and crossed tiles lie on
+// the same grid for any split of the columns, so each element is computed alike.
+template <class E, int H, int NR, class B, class Part>
+[[gnu::always_inline]] inline void update_tile(const Part& part, index i, index j, index kc,
+                                               E alpha, const E* a, index a_step, B b, E* c,
+                                               index ldc, index mm, index nn) {
+  if constexpr (!Part::whole) {
+    const int cover = part.covers(i, mm, j, nn);
+    if (cover < 0) return;
+    if (cover == 0) {
+      E t[H * NR];
+      for (E& e : t) e = zero_of<E>();
+      ukernel<E, H, NR>(kc, alpha, a, a_step, b, t, H, H, NR);
+      for (index jj = 0; jj < nn; ++jj) {
+        const index first = max_of(index{0}, part.first_row(j + jj) - i);
+        const index end = part.end_row(j + jj, i + mm) - i;
+        E* cj = c + jj * ldc;
+        for (index ii = first; ii < end; ++ii) cj[ii] = add(cj[ii], t[ii + jj * H]);
+      }
+      return;
+    }
+  }
+  ukernel<E, H, NR>(kc, alpha, a, a_step, b, c, ldc, mm, nn);
 }
 
 // Calls f with the kc x NR sliver of op(B) at (pc, jc): read in place when it is whole and needs
@@ -115,8 +180,8 @@ constexpr index in_place_span = index{65536} / sizeof(E);
 // Small strategy: no heap buffers. Per k block, each sliver of rows of op(A) is read in place
 // when A is untransposed and the sliver's rows fill whole vectors, and packed on the stack
 // (at most MR x kb_max elements) otherwise; B is read in place where a sliver is whole.
-template <class E>
-void run_small(const problem<E>& p) {
+template <class E, class Part = whole_c>
+void run_small(const problem<E>& p, const Part& part = {}) {
   constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
   const index kb = blocking_for<E>(p.m, p.n, p.k).kb;
   alignas(64) E a_sliver[MR * kb_max];
@@ -149,7 +214,7 @@ void run_small(const problem<E>& p) {
           const auto run = [&](auto b) __attribute__((always_inline)) {
             E* const tile = p.c + ic + jc * p.ldc;
             prefetch_tile(tile, p.ldc, mm, nn);
-            ukernel<E, H, NR>(kc, p.alpha, a, a_step, b, tile, p.ldc, mm, nn);
+            update_tile<E, H, NR>(part, ic, jc, kc, p.alpha, a, a_step, b, tile, p.ldc, mm, nn);
           };
           with_b_sliver<E, NR>(p.b, pc, kc, jc, nn, b_sliver, run);
         }
@@ -211,15 +276,15 @@ inline index tiles_ahead(index kc) { return max_of(index{2}, (index{384} + kc - 
 // The driver (Goto and van de Geijn): for each mb x kb block Ã of op(A) and each kb x nb panel
 // B̃ of op(B), C_block += alpha·Ã·B̃ by MR x NR tiles. The loop over Ã's slivers is outside the
 // loop over B̃'s, so one Ã sliver sits in L1 while B̃ (kb·nb elements) is read from L2.
-template <class E>
-void driver(const problem<E>& p) {
+template <class E, class Part = whole_c>
+void driver(const problem<E>& p, const Part& part = {}) {
   constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
   const blocking f = blocking_for<E>(p.m, p.n, p.k);
   const pack_buffer a_block(sizeof(E) * static_cast<size_t>(f.mb * f.kb));
   const pack_buffer b_panel(sizeof(E) * static_cast<size_t>(f.kb * f.nb));
   if (a_block.as<E>() == nullptr || b_panel.as<E>() == nullptr) {
     tav_serv_check_ptr_and_warn(nullptr, routine_name<E>());
-    run_small(p);
+    run_small(p, part);
     return;
   }
   E* const at = a_block.as<E>();
@@ -231,18 +296,25 @@ void driver(const problem<E>& p) {
       pack_a<E, MR>(p.a, ic, mc, pc, kc, at);
       for (index jc = 0; jc < p.n; jc += f.nb) {
         const index nc = min_of(f.nb, p.n - jc);
+        // Only the row slivers that meet the part in these columns, neither packed for nor
+        // requested otherwise: a triangle's panel far from the diagonal has few.
+        const index r0 = max_of(index{0}, part.first_row(jc) - ic) / MR * MR;
+        const index r1 = min_of(mc, part.end_row(jc + nc - 1, ic + mc) - ic);
+        if (r1 <= r0) continue;
         pack_b<E, NR>(p.b, pc, kc, jc, nc, bt);
         // Tiles run row sliver by row sliver, NR columns at a time; `ahead` walks the same
         // order `lead` tiles in front and requests each tile before its kernel call.
-        tile_cursor ahead{mc, nc, MR, NR};
+        tile_cursor ahead{r1, nc, MR, NR, r0};
         const index lead = tiles_ahead(kc);
         for (index t = 0; t < lead; ++t) ahead.request_and_advance(p.c + ic + jc * p.ldc, p.ldc);
-        for (index ir = 0; ir < mc; ir += MR) {
-          const index mm = min_of(MR, mc - ir);
+        for (index ir = r0; ir < r1; ir += MR) {
+          const index mm = min_of(MR, r1 - ir);
           for (index jr = 0; jr < nc; jr += NR) {
             ahead.request_and_advance(p.c + ic + jc * p.ldc, p.ldc);
-            ukernel<E, MR, NR>(kc, p.alpha, at + ir * kc, MR, packed_b<E, NR>{bt + jr * kc},
-                               p.c + (ic + ir) + (jc + jr) * p.ldc, p.ldc, mm, min_of(NR, nc - jr));
+            update_tile<E, MR, NR>(part, ic + ir, jc + jr, kc, p.alpha, at + ir * kc, MR,
+                                   packed_b<E, NR>{bt + jr * kc},
+                                   p.c + (ic + ir) + (jc + jr) * p.ldc, p.ldc, mm,
+                                   min_of(NR, nc - jr));
           }
         }
       }
