@@ -8,6 +8,7 @@
 
 #include "blas/level3/gemm_kernel_api.hpp"
 #include "common/path_naming.hpp"
+#include "code_paths.hpp"
 #include "common/scalar_traits.hpp"
 #include "gemm_test_problem.hpp"
 
@@ -30,8 +31,6 @@ namespace {
 
 using namespace tav::test;
 namespace params = tav::params_view::gemm;
-
-const char* const tags[8] = {"def", "cnr_def", "mc", "mc3", "avx", "avx2", "avx512_tp", "avx512"};
 
 // The variant of `path` for element type T among one family's four tables (s, d, c, z).
 template <class T, class FS, class FD>
@@ -70,26 +69,6 @@ params::register_block block_of(int path) {
   else return p.z;
 }
 
-// The paths whose instructions this processor has (the library's own CPU type may be lower,
-// since it classifies by vendor as well).
-std::vector<int> runnable_paths() {
-  const bool has[8] = {true,
-                       true,
-                       __builtin_cpu_supports("ssse3") != 0,
-                       __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"),
-                       __builtin_cpu_supports("avx") != 0,
-                       __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
-                           __builtin_cpu_supports("bmi2"),
-                       __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd") &&
-                           __builtin_cpu_supports("avx2"),
-                       __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                           __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl")};
-  std::vector<int> paths;
-  for (int p = 0; p < 8; ++p)
-    if (has[p]) paths.push_back(p);
-  return paths;
-}
-
 // Runs the path's kernel on the problem's operands, C in place; m, n, k as given.
 template <class T>
 void call_kernel(int path, gemm_problem<T>& p, int64_t m, int64_t n, int64_t k, const T* a,
@@ -106,12 +85,6 @@ void call_kernel(int path, gemm_problem<T>& p) {
 }
 
 template <class T>
-T scalar(double re, double im) {
-  if constexpr (std::is_floating_point_v<T>) return static_cast<T>(re);
-  else return T(static_cast<typename T::value_type>(re), static_cast<typename T::value_type>(im));
-}
-
-template <class T>
 class GemmKernels : public testing::Test {};
 TYPED_TEST_SUITE(GemmKernels, gemm_types);
 
@@ -121,7 +94,7 @@ TYPED_TEST_SUITE(GemmKernels, gemm_types);
 TYPED_TEST(GemmKernels, RegisterBlockEdges) {
   using T = TypeParam;
   for (int path : runnable_paths()) {
-    SCOPED_TRACE(tags[path]);
+    SCOPED_TRACE(path_tags[path]);
     const auto rb = block_of<T>(path);
     std::vector<int64_t> rows;
     for (int64_t m = 1; m <= rb.mr + 1; ++m) rows.push_back(m);
@@ -159,7 +132,7 @@ TYPED_TEST(GemmKernels, StrategiesAndPanelEdges) {
                           scalar<T>(beta, 0));
         const gemm_reference<T> want = p.reference();
         for (int path : runnable_paths()) {
-          SCOPED_TRACE(tags[path]);
+          SCOPED_TRACE(path_tags[path]);
           p.reset_c();
           call_kernel(path, p);
           expect_matches(p, want);
@@ -172,7 +145,7 @@ TYPED_TEST(GemmKernels, RowBlockEdge) {
   using T = TypeParam;
   if constexpr (!std::is_same_v<T, double>) return;
   for (int path : runnable_paths()) {
-    SCOPED_TRACE(tags[path]);
+    SCOPED_TRACE(path_tags[path]);
     const int64_t mr = block_of<T>(path).mr, mb = (5000 + mr - 1) / mr * mr;
     gemm_problem<T> p('N', 'T', mb + 1, 73, 129, scalar<T>(1, 0.5), scalar<T>(0.25, 0));
     call_kernel(path, p);
@@ -180,34 +153,18 @@ TYPED_TEST(GemmKernels, RowBlockEdge) {
   }
 }
 
-// beta = 0 never reads C (NaN there does not survive); alpha = 0 never reads A or B and leaves
-// beta·C (bitwise C itself when beta = 1); k = 0 leaves beta·C; m = 0 or n = 0 touches nothing.
+// beta = 0 never reads C, alpha = 0 never reads A or B (bitwise C itself when beta = 1); k = 0
+// leaves beta·C; m = 0 or n = 0 touches nothing.
 TYPED_TEST(GemmKernels, SpecialScalarsAndEmptyShapes) {
   using T = TypeParam;
-  using R = tav::real_t<T>;
-  const T nan = scalar<T>(std::numeric_limits<R>::quiet_NaN(), std::numeric_limits<R>::quiet_NaN());
   const int64_t sizes[][3] = {{6, 8, 6}, {9, 9, 9}, {40, 30, 20}, {101, 5, 50}, {80, 80, 140}};
   for (int path : runnable_paths()) {
-    SCOPED_TRACE(tags[path]);
+    SCOPED_TRACE(path_tags[path]);
+    auto call = [path](gemm_problem<T>& p) { call_kernel(path, p); };
     for (char ta : trans_codes)
       for (const auto& s : sizes) {
-        gemm_problem<T> zero_beta(ta, 'N', s[0], s[1], s[2], scalar<T>(1.5, 0), T(0));
-        for (int64_t j = 0; j < s[1]; ++j)
-          for (int64_t i = 0; i < s[0]; ++i) zero_beta.c(i, j) = nan;
-        call_kernel(path, zero_beta);
-        expect_matches_reference(zero_beta);
-
-        for (T beta : {T(1), scalar<T>(-2, 1)}) {
-          gemm_problem<T> zero_alpha(ta, 'T', s[0], s[1], s[2], T(0), beta);
-          for (T& x : zero_alpha.a) x = nan;
-          for (T& x : zero_alpha.b) x = nan;
-          call_kernel(path, zero_alpha);
-          for (int64_t j = 0; j < s[1]; ++j)
-            for (int64_t i = 0; i < s[0]; ++i)
-              EXPECT_EQ(zero_alpha.c(i, j), beta * zero_alpha.c0[static_cast<size_t>(i + j * s[0])]);
-          EXPECT_TRUE(zero_alpha.c.intact());
-        }
-
+        expect_special_scalars_honoured<T>(ta, 'N', s[0], s[1], s[2], T(1), call);
+        expect_special_scalars_honoured<T>(ta, 'T', s[0], s[1], s[2], scalar<T>(-2, 1), call);
         gemm_problem<T> empty_k(ta, 'C', s[0], s[1], 0, scalar<T>(2, 0), scalar<T>(0.5, -0.5));
         call_kernel(path, empty_k);
         expect_matches_reference(empty_k);
@@ -221,32 +178,17 @@ TYPED_TEST(GemmKernels, SpecialScalarsAndEmptyShapes) {
   }
 }
 
-// A NaN in op(A)(i, l) reaches row i of C only; an Inf in op(B)(l, j) makes column j non-finite
-// only, whichever strategy runs.
+// NaN and Inf reach their row and column of C only, whichever strategy runs.
 TYPED_TEST(GemmKernels, NanAndInfPropagate) {
   using T = TypeParam;
-  using R = tav::real_t<T>;
   const int64_t sizes[][3] = {{6, 7, 6}, {30, 9, 12}, {101, 5, 50}, {80, 80, 140}};
   for (int path : runnable_paths()) {
-    SCOPED_TRACE(tags[path]);
+    SCOPED_TRACE(path_tags[path]);
     for (char ta : trans_codes)
       for (char tb : trans_codes)
-        for (const auto& s : sizes) {
-          const int64_t m = s[0], n = s[1], k = s[2], i0 = m / 2, j0 = n - 1, l0 = k / 3;
-          gemm_problem<T> p(ta, tb, m, n, k, scalar<T>(1, 0.5), scalar<T>(0.5, 0));
-          p.a[static_cast<size_t>(ta == 'N' ? i0 + l0 * p.lda : l0 + i0 * p.lda)] =
-              scalar<T>(std::numeric_limits<R>::quiet_NaN(), 0);
-          p.b[static_cast<size_t>(tb == 'N' ? l0 + j0 * p.ldb : j0 + l0 * p.ldb)] =
-              scalar<T>(std::numeric_limits<R>::infinity(), 0);
-          call_kernel(path, p);
-          EXPECT_TRUE(p.c.intact());
-          for (int64_t j = 0; j < n; ++j)
-            for (int64_t i = 0; i < m; ++i) {
-              const bool finite = std::isfinite(std::abs(p.c(i, j)));
-              EXPECT_EQ(finite, i != i0 && j != j0) << p.describe() << " at " << i << "," << j;
-              if (i == i0) EXPECT_TRUE(std::isnan(std::abs(p.c(i, j))) || std::isnan(std::real(p.c(i, j))));
-            }
-        }
+        for (const auto& s : sizes)
+          expect_nan_and_inf_propagate<T>(ta, tb, s[0], s[1], s[2],
+                                          [path](gemm_problem<T>& p) { call_kernel(path, p); });
   }
 }
 
@@ -281,7 +223,7 @@ TYPED_TEST(GemmKernels, TriangleProductUpdatesOnlyItsPart) {
   using T = TypeParam;
   using R = tav::real_t<T>;
   for (int path : runnable_paths()) {
-    SCOPED_TRACE(tags[path]);
+    SCOPED_TRACE(path_tags[path]);
     const auto rb = block_of<T>(path);
     const int64_t m = 3 * rb.mr + 5, n = 4 * rb.nr + 1;
     for (char uplo : {'L', 'U'})
@@ -308,7 +250,8 @@ TYPED_TEST(GemmKernels, TriangleProductUpdatesOnlyItsPart) {
 
 TEST(GemmKernels, InterfaceVersionPerPath) {
   tav::blas::path_query_fn* version[8] = {TAV_PATH_VARIANTS(blas, get_kernel_api_version)};
-  for (int path : runnable_paths()) EXPECT_EQ(version[path](), path >= 5 ? 2 : 1) << tags[path];
+  for (int path : runnable_paths())
+    EXPECT_EQ(version[path](), path >= 5 ? 2 : 1) << path_tags[path];
 }
 
 }  // namespace

@@ -4,29 +4,29 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <complex>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "blas/blas_internal.hpp"
 #include "guarded_buffer.hpp"
+#include "level3_test_data.hpp"
 #include "reference_level3.hpp"
 
 namespace tav::test {
 
 using gemm_types = testing::Types<float, double, std::complex<float>, std::complex<double>>;
 
+// A scalar re + i·im; the real types take re alone.
 template <class T>
-T random_element(std::mt19937_64& gen) {
-  std::uniform_real_distribution<double> u(-1.0, 1.0);
-  if constexpr (std::is_floating_point_v<T>) return static_cast<T>(u(gen));
-  else {
-    using R = typename T::value_type;
-    const R re = static_cast<R>(u(gen));
-    return T(re, static_cast<R>(u(gen)));
-  }
+T scalar(double re, double im) {
+  if constexpr (std::is_floating_point_v<T>) return static_cast<T>(re);
+  else return T(static_cast<typename T::value_type>(re), static_cast<typename T::value_type>(im));
 }
 
 template <class T>
@@ -39,6 +39,7 @@ struct gemm_reference {
 // minimum by `pad`.
 template <class T>
 struct gemm_problem {
+  using real = decltype(std::real(T()));
   char transa, transb;
   int64_t m, n, k;
   T alpha, beta;
@@ -75,6 +76,12 @@ struct gemm_problem {
     return gemm_reference<T>{std::move(want), std::move(bound)};
   }
 
+  // Guards intact and within `limit` rounding units of the reference (see expect_matches).
+  bool matches(const gemm_reference<T>& r, double limit = 2.0) const {
+    return c.intact() &&
+           gemm_error_ratio<T>(m, n, k, c.data(), ldc, r.want.data(), r.bound) <= limit;
+  }
+
   // Sets C back to its starting contents.
   void reset_c() {
     for (int64_t j = 0; j < n; ++j)
@@ -103,6 +110,58 @@ bool bitwise_equal(const gemm_problem<T>& x, const gemm_problem<T>& y) {
     for (int64_t i = 0; i < x.m; ++i)
       if (std::memcmp(&x.c(i, j), &y.c(i, j), sizeof(T)) != 0) return false;
   return true;
+}
+
+// The product through the internal entry, the one every route starts from.
+template <class T>
+void call_entry(gemm_problem<T>& p) {
+  tav::blas::gemm<T>(p.transa, p.transb, p.m, p.n, p.k, p.alpha, p.a.data(), p.lda, p.b.data(),
+                     p.ldb, p.beta, p.c.data(), p.ldc);
+}
+
+// beta = 0 never reads C (NaN there does not survive); alpha = 0 never reads A or B (NaN there)
+// and leaves beta·C exactly. `call` computes a problem's product in place.
+template <class T, class Call>
+void expect_special_scalars_honoured(char ta, char tb, int64_t m, int64_t n, int64_t k, T beta,
+                                     Call call) {
+  using R = typename gemm_problem<T>::real;
+  const T nan = scalar<T>(std::numeric_limits<R>::quiet_NaN(), std::numeric_limits<R>::quiet_NaN());
+  gemm_problem<T> zero_beta(ta, tb, m, n, k, scalar<T>(1.5, -0.5), T(0));
+  for (int64_t j = 0; j < n; ++j)
+    for (int64_t i = 0; i < m; ++i) zero_beta.c(i, j) = nan;
+  call(zero_beta);
+  expect_matches_reference(zero_beta);
+
+  gemm_problem<T> zero_alpha(ta, tb, m, n, k, T(0), beta);
+  for (T& x : zero_alpha.a) x = nan;
+  for (T& x : zero_alpha.b) x = nan;
+  call(zero_alpha);
+  EXPECT_TRUE(zero_alpha.c.intact());
+  for (int64_t j = 0; j < n; ++j)
+    for (int64_t i = 0; i < m; ++i)
+      EXPECT_EQ(zero_alpha.c(i, j), beta * zero_alpha.c0[static_cast<size_t>(i + j * m)])
+          << zero_alpha.describe();
+}
+
+// A NaN in op(A)(i0, l) must reach row i0 of C alone (NaN there), and an Inf in op(B)(l, j0)
+// column j0 alone (non-finite there), with i0 = m / 2, j0 = n - 1 and l = k / 3.
+template <class T, class Call>
+void expect_nan_and_inf_propagate(char ta, char tb, int64_t m, int64_t n, int64_t k, Call call) {
+  using R = typename gemm_problem<T>::real;
+  const int64_t i0 = m / 2, j0 = n - 1, l0 = k / 3;
+  gemm_problem<T> p(ta, tb, m, n, k, scalar<T>(1, 0.5), scalar<T>(0.5, 0));
+  p.a[static_cast<size_t>(ta == 'N' ? i0 + l0 * p.lda : l0 + i0 * p.lda)] =
+      scalar<T>(std::numeric_limits<R>::quiet_NaN(), 0);
+  p.b[static_cast<size_t>(tb == 'N' ? l0 + j0 * p.ldb : j0 + l0 * p.ldb)] =
+      scalar<T>(std::numeric_limits<R>::infinity(), 0);
+  call(p);
+  EXPECT_TRUE(p.c.intact());
+  for (int64_t j = 0; j < n; ++j)
+    for (int64_t i = 0; i < m; ++i) {
+      EXPECT_EQ(std::isfinite(std::abs(p.c(i, j))), i != i0 && j != j0)
+          << p.describe() << " at " << i << "," << j;
+      if (i == i0) EXPECT_TRUE(std::isnan(std::abs(p.c(i, j))) || std::isnan(std::real(p.c(i, j))));
+    }
 }
 
 inline constexpr char trans_codes[] = {'N', 'T', 'C'};

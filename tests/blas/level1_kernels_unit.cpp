@@ -7,35 +7,14 @@
 #include <random>
 #include <string>
 
-#include "blas/level1/level1_kernel_types.hpp"
-#include "common/path_naming.hpp"
+#include "blas/level1/level1_slots.hpp"
+#include "code_paths.hpp"
 #include "level1_checks.hpp"
 
 namespace {
 
-using tav::blas::axpy_kernel;
-using tav::blas::dot_kernel;
-using tav::blas::scal_kernel;
+using namespace tav::blas;  // the kernel types and each family's variants
 using namespace tav::test;
-
-extern "C" {
-axpy_kernel<float> TAV_PATH_VARIANTS(blas, xsaxpy);
-axpy_kernel<double> TAV_PATH_VARIANTS(blas, xdaxpy);
-axpy_kernel<float> TAV_PATH_VARIANTS(blas, xcaxpy);
-axpy_kernel<double> TAV_PATH_VARIANTS(blas, xzaxpy);
-dot_kernel<float> TAV_PATH_VARIANTS(blas, xsdot);
-dot_kernel<double> TAV_PATH_VARIANTS(blas, xddot);
-dot_kernel<float> TAV_PATH_VARIANTS(blas, xcdotu);
-dot_kernel<double> TAV_PATH_VARIANTS(blas, xzdotu);
-dot_kernel<float> TAV_PATH_VARIANTS(blas, xcdotc);
-dot_kernel<double> TAV_PATH_VARIANTS(blas, xzdotc);
-scal_kernel<float> TAV_PATH_VARIANTS(blas, xsscal);
-scal_kernel<double> TAV_PATH_VARIANTS(blas, xdscal);
-scal_kernel<float> TAV_PATH_VARIANTS(blas, xcscal);
-scal_kernel<double> TAV_PATH_VARIANTS(blas, xzscal);
-scal_kernel<float> TAV_PATH_VARIANTS(blas, xcsscal);
-scal_kernel<double> TAV_PATH_VARIANTS(blas, xzdscal);
-}
 
 using c8 = std::complex<float>;
 using c16 = std::complex<double>;
@@ -74,40 +53,15 @@ struct family<c16> {
   static constexpr scal_kernel<double>* scal_real[8] = {TAV_PATH_VARIANTS(blas, xzdscal)};
 };
 
-const char* const tags[8] = {"def", "cnr_def", "mc", "mc3", "avx", "avx2", "avx512_tp", "avx512"};
-
-bool path_runs(int id) {
-  switch (id) {
-    case 2: return __builtin_cpu_supports("ssse3");
-    case 3: return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
-    case 4: return __builtin_cpu_supports("avx");
-    case 5: return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-    case 6: return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd");
-    case 7:
-      return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-             __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
-    default: return true;
-  }
-}
-
 // Sizes around every register width and four-register step (up to 64 floats on AVX-512).
 const int64_t sizes[] = {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 127, 128, 129, 1000};
 const std::pair<int64_t, int64_t> increments[] = {{1, 1}, {2, 1}, {1, 3}, {-1, -1}, {-1, 1},
                                                   {-3, 2}, {2, -2}, {0, 1}, {1, 0}};
 
-template <class T>
-const real_of<T>* reals(const T* p) {
-  return reinterpret_cast<const real_of<T>*>(p);
-}
-template <class T>
-real_of<T>* reals(T* p) {
-  return reinterpret_cast<real_of<T>*>(p);
-}
-
 class KernelPath : public testing::TestWithParam<int> {
  protected:
   void SetUp() override {
-    if (!path_runs(GetParam())) GTEST_SKIP() << tags[GetParam()] << " does not run here";
+    if (!path_runs(GetParam())) GTEST_SKIP() << path_tags[GetParam()] << " does not run here";
   }
   std::mt19937_64 rng{0x1e7e11u + static_cast<unsigned>(GetParam())};
 };
@@ -115,7 +69,7 @@ class KernelPath : public testing::TestWithParam<int> {
 template <class T>
 void check_axpy_kernel(axpy_kernel<real_of<T>>* kernel, std::mt19937_64& rng) {
   auto call = [&](int64_t n, T alpha, const T* x, int64_t incx, T* y, int64_t incy) {
-    kernel(n, reals(&alpha), reals(x), incx, reals(y), incy);
+    kernel(n, as_reals(&alpha), as_reals(x), incx, as_reals(y), incy);
   };
   for (int64_t n : sizes)
     for (auto [incx, incy] : increments) ASSERT_EQ(check_axpy<T>(n, incx, incy, rng, call), "");
@@ -125,7 +79,7 @@ template <class T>
 T call_dot(dot_kernel<real_of<T>>* kernel, int64_t n, const T* x, int64_t incx, const T* y,
            int64_t incy) {
   T result;
-  kernel(reals(&result), n, reals(x), incx, reals(y), incy);
+  kernel(as_reals(&result), n, as_reals(x), incx, as_reals(y), incy);
   return result;
 }
 
@@ -151,7 +105,7 @@ void check_dot_kernel(dot_kernel<real_of<T>>* kernel, bool conjugate, std::mt199
 
 template <class T, class A>
 void check_scal_kernel(scal_kernel<real_of<T>>* kernel, std::mt19937_64& rng) {
-  auto call = [&](int64_t n, A alpha, T* x, int64_t inc) { kernel(n, reals(&alpha), reals(x), inc); };
+  auto call = [&](int64_t n, A alpha, T* x, int64_t inc) { kernel(n, as_reals(&alpha), as_reals(x), inc); };
   for (int64_t n : sizes)
     for (int64_t inc : {1, 2, -1, -3, 0}) ASSERT_EQ((check_scal<T, A>(n, inc, rng, call)), "");
 }
@@ -206,6 +160,6 @@ TEST_P(KernelPath, SpecialValues) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryPath, KernelPath, testing::Range(0, 8),
-                         [](const testing::TestParamInfo<int>& info) { return std::string(tags[info.param]); });
+                         [](const testing::TestParamInfo<int>& info) { return std::string(path_tags[info.param]); });
 
 }  // namespace

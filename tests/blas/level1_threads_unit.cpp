@@ -11,6 +11,7 @@
 #include "blas/blas_internal.hpp"
 #include "blas/level1/level1_slots.hpp"
 #include "child_process.hpp"
+#include "code_paths.hpp"
 #include "level1_checks.hpp"
 
 namespace {
@@ -123,9 +124,8 @@ INSTANTIATE_TEST_SUITE_P(Threads, ThreadSplit, testing::Values(1, 2, 8, 20, 520)
 // The tag of the variant a slot took.
 template <class Slot>
 std::string chosen(Slot& slot, typename Slot::function const (&variants)[8]) {
-  static const char* const tags[8] = {"def", "cnr_def", "mc", "mc3", "avx", "avx2", "avx512_tp", "avx512"};
   for (int id = 0; id < 8; ++id)
-    if (slot.target() == variants[id]) return tags[id];
+    if (slot.target() == variants[id]) return path_tags[id];
   return "none";
 }
 

@@ -74,7 +74,7 @@ TYPED_TEST(Level2Kernels, GemvMatchesReferenceOnEveryPath) {
     for (auto [m, n] : shapes())
       for (auto [incx, incy] : increment_pairs)
         for (char trans : {'N', 'T', 'C'}) {
-          SCOPED_TRACE(testing::Message() << path_names[id] << " trans " << trans << " m " << m
+          SCOPED_TRACE(testing::Message() << path_tags[id] << " trans " << trans << " m " << m
                                           << " n " << n << " incx " << incx << " incy " << incy);
           const bool no_trans = trans == 'N';
           const int64_t len_x = no_trans ? n : m, len_y = no_trans ? m : n;
@@ -106,7 +106,7 @@ TYPED_TEST(Level2Kernels, RankOneMatchesReferenceOnEveryPath) {
         for (bool conj : {false, true})
           for (T beta : {T(0), T(1), ref::random_value<T>(rng)}) {
             SCOPED_TRACE(testing::Message()
-                         << path_names[id] << " conj " << conj << " m " << m << " n " << n
+                         << path_tags[id] << " conj " << conj << " m " << m << " n " << n
                          << " incx " << incx << " incy " << incy << " beta " << beta);
             guarded_matrix<T> a = random_matrix<T>(m, n, 2, rng);
             // beta = 0 must not read A.

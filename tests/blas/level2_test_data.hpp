@@ -7,10 +7,12 @@
 #include <cmath>
 #include <complex>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
 
+#include "code_paths.hpp"
 #include "guarded_buffer.hpp"
 #include "reference_level2.hpp"
 
@@ -23,30 +25,6 @@ constexpr long double ratio_limit = 30;
 
 // Increments every vector operand is tried with.
 inline const std::vector<int64_t> increments{1, 2, -1, -2};
-
-const char* const path_names[8] = {"def", "cnr_def", "mc",        "mc3",
-                                   "avx", "avx2",    "avx512_tp", "avx512"};
-
-// Path ids whose instructions this processor has, read from its own feature bits (the library's
-// CPU type is 0 on some processors that run every path).
-inline std::vector<int> runnable_paths() {
-  const bool level[8] = {
-      true,
-      true,
-      __builtin_cpu_supports("ssse3") != 0,
-      __builtin_cpu_supports("sse4.2") != 0 && __builtin_cpu_supports("popcnt") != 0,
-      __builtin_cpu_supports("avx") != 0,
-      __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0 &&
-          __builtin_cpu_supports("bmi2") != 0,
-      __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512cd") != 0,
-      __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512dq") != 0 &&
-          __builtin_cpu_supports("avx512vl") != 0,
-  };
-  std::vector<int> ids;
-  // Each path's flags include those of the paths below it (cnr_def aside).
-  for (int id = 0; id < 8 && (id < 2 || level[id]); ++id) ids.push_back(id);
-  return ids;
-}
 
 template <class T>
 T quiet_nan() {
@@ -62,6 +40,11 @@ template <class T>
 bool is_nan(const T& v) {
   if constexpr (level2_ref::is_complex<T>) return std::isnan(v.real()) || std::isnan(v.imag());
   else return std::isnan(v);
+}
+
+template <class T>
+bool same_bits(const T& a, const T& b) {
+  return std::memcmp(&a, &b, sizeof(T)) == 0;
 }
 
 // An m x n guarded matrix with leading dimension m + extra, random in its m x n part.

@@ -20,16 +20,8 @@ namespace tav::test {
 enum class element { s, d, c, z };
 
 inline std::string element_name(element e) {
-  switch (e) {
-    case element::s:
-      return "float";
-    case element::d:
-      return "double";
-    case element::c:
-      return "complex_float";
-    default:
-      return "complex_double";
-  }
+  static const char* const names[] = {"float", "double", "complex_float", "complex_double"};
+  return names[static_cast<int>(e)];
 }
 
 // How GoogleTest prints the type in a failing parameter.
@@ -38,20 +30,10 @@ inline void PrintTo(element e, std::ostream* os) { *os << element_name(e); }
 // Calls body(T{}) with T the element type that `e` names.
 template <class Body>
 void with_element_type(element e, Body body) {
-  switch (e) {
-    case element::s:
-      body(float{});
-      break;
-    case element::d:
-      body(double{});
-      break;
-    case element::c:
-      body(std::complex<float>{});
-      break;
-    default:
-      body(std::complex<double>{});
-      break;
-  }
+  if (e == element::s) body(float{});
+  else if (e == element::d) body(double{});
+  else if (e == element::c) body(std::complex<float>{});
+  else body(std::complex<double>{});
 }
 
 inline auto all_elements() {

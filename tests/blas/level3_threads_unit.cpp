@@ -19,6 +19,7 @@
 #include "blas/blas_internal.hpp"
 #include "blas/level3/trsm_driver.hpp"
 #include "child_process.hpp"
+#include "code_paths.hpp"
 #include "level3_test_data.hpp"
 
 namespace {
@@ -105,31 +106,11 @@ two_runs run_both(const env_list& extra) {
   return runs;
 }
 
-bool cpu_type_runs(int type) {
-  switch (type) {
-    case 2:
-      return __builtin_cpu_supports("ssse3");
-    case 3:
-      return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
-    case 4:
-      return __builtin_cpu_supports("avx");
-    case 5:
-      return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-    case 6:
-      return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd");
-    case 7:
-      return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-             __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
-    default:
-      return true;
-  }
-}
-
 class Level3ThreadsOnPath : public testing::TestWithParam<int> {};
 
 // Forced to each CPU type this processor runs (the type is detected once per process).
 TEST_P(Level3ThreadsOnPath, OneAndTwoThreadsAgreeWithinRounding) {
-  if (!cpu_type_runs(GetParam())) GTEST_SKIP() << "CPU type " << GetParam() << " does not run here";
+  if (!path_runs(GetParam())) GTEST_SKIP() << "CPU type " << GetParam() << " does not run here";
   const two_runs runs = run_both({{"TAV_DEBUG_CPU_TYPE", std::to_string(GetParam())}});
   const std::vector<double>& x1 = runs.serial;
   const std::vector<double>& x2 = runs.parallel;

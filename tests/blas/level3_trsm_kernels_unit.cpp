@@ -7,29 +7,17 @@
 #include <complex>
 #include <tuple>
 
-#include "blas/level3/trsm_kernel_types.hpp"
-#include "common/path_naming.hpp"
+#include "blas/level3/trsm_kernel_slots.hpp"
 #include "common/scalar_traits.hpp"
+#include "code_paths.hpp"
 #include "guarded_buffer.hpp"
 #include "level3_test_data.hpp"
 #include "reference_level3.hpp"
 
 namespace {
 
-using tav::blas::padded_order;
-using tav::blas::triangular_block_kernel;
+using namespace tav::blas;  // the kernel type and each family's variants
 using namespace tav::test;
-
-extern "C" {
-triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xstrsm_block);
-triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xdtrsm_block);
-triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xctrsm_block);
-triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xztrsm_block);
-triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xstrmm_block);
-triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xdtrmm_block);
-triangular_block_kernel<float> TAV_PATH_VARIANTS(blas, xctrmm_block);
-triangular_block_kernel<double> TAV_PATH_VARIANTS(blas, xztrmm_block);
-}
 
 // Each family's eight variants in path-id order.
 template <class T>
@@ -62,28 +50,6 @@ struct family<std::complex<double>> {
   static constexpr triangular_block_kernel<double>* multiply[8] = {
       TAV_PATH_VARIANTS(blas, xztrmm_block)};
 };
-
-const char* const tags[8] = {"def", "cnr_def", "mc", "mc3", "avx", "avx2", "avx512_tp", "avx512"};
-
-bool path_runs(int id) {
-  switch (id) {
-    case 2:
-      return __builtin_cpu_supports("ssse3");
-    case 3:
-      return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
-    case 4:
-      return __builtin_cpu_supports("avx");
-    case 5:
-      return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-    case 6:
-      return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd");
-    case 7:
-      return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-             __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
-    default:
-      return true;
-  }
-}
 
 // A packed lower triangle of order kb as the drivers pack it: off-diagonal entries of size at
 // most 1/kb, diagonal of modulus 2 to 3 (its reciprocal for a solve), identity padding, and
@@ -139,7 +105,7 @@ class TriangularBlockKernel : public testing::TestWithParam<kernel_case> {
  protected:
   void SetUp() override {
     if (!path_runs(std::get<0>(GetParam())))
-      GTEST_SKIP() << tags[std::get<0>(GetParam())] << " does not run here";
+      GTEST_SKIP() << path_tags[std::get<0>(GetParam())] << " does not run here";
   }
 };
 
@@ -200,7 +166,7 @@ TEST_P(TriangularBlockKernel, MatchesLongDouble) {
 INSTANTIATE_TEST_SUITE_P(Level3, TriangularBlockKernel,
                          testing::Combine(testing::Range(0, 8), all_elements(), testing::Bool()),
                          [](const testing::TestParamInfo<kernel_case>& info) {
-                           return std::string(tags[std::get<0>(info.param)]) + "_" +
+                           return std::string(path_tags[std::get<0>(info.param)]) + "_" +
                                   element_name(std::get<1>(info.param)) +
                                   (std::get<2>(info.param) ? "_solve" : "_product");
                          });

@@ -1,5 +1,6 @@
-// TAV_?omatcopy through the dispatcher: small worked examples, the split of the parallel form,
-// the variant each forced CPU type selects, and parallel results equal to sequential ones.
+// TAV_?omatcopy through the dispatcher: every letter, size class and alpha against the reference,
+// the split of the parallel form, the variant each forced CPU type selects, and parallel results
+// equal to sequential ones.
 #include <gtest/gtest.h>
 #include <tav/tav.h>
 
@@ -12,6 +13,7 @@
 #include "blas/omatcopy/omatcopy_slots.hpp"
 #include "blas/omatcopy/omatcopy_split.hpp"
 #include "child_process.hpp"
+#include "code_paths.hpp"
 #include "omatcopy_cases.hpp"
 
 namespace {
@@ -47,29 +49,6 @@ auto internal_entry() {
             bool) { tav::blas::omatcopy(ordering, trans, rows, cols, alpha, a, lda, b, ldb); };
 }
 
-// ---- worked examples --------------------------------------------------------------------------
-
-TEST(Omatcopy, RowMajorCopyAsOneBlockOrLineByLine) {
-  double a[15];
-  for (int k = 0; k < 15; ++k) a[k] = k + 1;
-  double b[12] = {};
-  TAV_Domatcopy('R', 'N', 3, 4, 1.0, a, 4, b, 4);
-  for (int k = 0; k < 12; ++k) EXPECT_EQ(b[k], k + 1);
-  TAV_Domatcopy('R', 'N', 3, 4, 1.0, a, 5, b, 4);
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 4; ++j) EXPECT_EQ(b[i * 4 + j], a[i * 5 + j]);
-}
-
-TEST(Omatcopy, ColumnMajorTransposeScaledByTwo) {
-  double a[15];
-  for (int k = 0; k < 15; ++k) a[k] = k + 1;
-  double b[15] = {};
-  TAV_Domatcopy('C', 'T', 5, 3, 2.0, a, 5, b, 3);
-  // A is 5 x 3 column major; B = 2·A^T is 3 x 5 column major.
-  for (int i = 0; i < 5; ++i)
-    for (int j = 0; j < 3; ++j) EXPECT_EQ(b[i * 3 + j], 2 * a[j * 5 + i]);
-}
-
 template <class T>
 void letters_sizes_and_alpha(const char* name) {
   SCOPED_TRACE(name);
@@ -83,9 +62,10 @@ void letters_sizes_and_alpha(const char* name) {
     for (const char* t = "NTCRntcr"; *t; ++t)
       for (const auto& [rows, cols] :
            {std::pair<index, index>{1, 1}, {17, 17}, {100, 100}, {16, 300}, {21, 37}})
-        for (const T alpha : {T(1), scaled, nan}) {
-          ASSERT_TRUE(check_call(public_entry<T>(), call{*o, *t, rows, cols, 1, 2}, alpha));
-        }
+        for (const T alpha : {T(1), scaled, nan})
+          for (index extra : {0, 1})  // tight, so that a copy may take B as one block, or not
+            ASSERT_TRUE(check_call(public_entry<T>(), call{*o, *t, rows, cols, extra, 2 * extra},
+                                   alpha));
   for (const call& c :
        {call{'X', 'N', 5, 5}, call{'R', 'x', 5, 5}, call{'C', 'N', 0, 5}, call{'R', 'T', 5, 0}})
     ASSERT_TRUE(check_untouched(public_entry<T>(), c, T(1)));
@@ -108,26 +88,23 @@ bool operator==(const omatcopy_block& x, const omatcopy_block& y) {
   return x.row0 == y.row0 && x.rows == y.rows && x.col0 == y.col0 && x.cols == y.cols;
 }
 
-TEST(OmatcopyShare, TwoDimensionalSplitHalvesTheLongerSide) {
-  // 4 x 8 in two: the columns are longer, so two column blocks of 4.
-  EXPECT_TRUE((omatcopy_share(2, 0, 4, 8) == omatcopy_block{0, 4, 0, 4}));
-  EXPECT_TRUE((omatcopy_share(2, 1, 4, 8) == omatcopy_block{0, 4, 4, 4}));
-  // 8 x 8 in four: rows first on the tie (4 x 8), then columns (4 x 4); t = 2 is row block 1.
-  EXPECT_TRUE((omatcopy_share(4, 2, 8, 8) == omatcopy_block{4, 4, 0, 4}));
-  EXPECT_TRUE((omatcopy_share(4, 1, 8, 8) == omatcopy_block{0, 4, 4, 4}));
-  // 16 x 2 in eight: rows only.
-  EXPECT_TRUE((omatcopy_share(8, 5, 16, 2) == omatcopy_block{10, 2, 0, 2}));
-}
-
-TEST(OmatcopyShare, OneDimensionalSplitGivesExtraColumnsToTheLastThreads) {
-  // 10 columns over 3 threads: 3, 3, 4.
-  EXPECT_TRUE((omatcopy_share(3, 0, 7, 10) == omatcopy_block{0, 7, 0, 3}));
-  EXPECT_TRUE((omatcopy_share(3, 1, 7, 10) == omatcopy_block{0, 7, 3, 3}));
-  EXPECT_TRUE((omatcopy_share(3, 2, 7, 10) == omatcopy_block{0, 7, 6, 4}));
-  // Powers of two but more threads than elements: 2 columns over 8 threads, the last two work.
-  EXPECT_TRUE((omatcopy_share(8, 5, 2, 2) == omatcopy_block{0, 2, 0, 0}));
-  EXPECT_TRUE((omatcopy_share(8, 6, 2, 2) == omatcopy_block{0, 2, 0, 1}));
-  EXPECT_TRUE((omatcopy_share(8, 7, 2, 2) == omatcopy_block{0, 2, 1, 1}));
+// Two-dimensional splits (powers of two) halve the longer side, rows first on a tie; the
+// one-dimensional split gives extra columns to the last threads.
+TEST(OmatcopyShare, SplitsAsDesigned) {
+  const struct {
+    index team, t, rows, cols;
+    omatcopy_block expected;
+  } cases[] = {
+      {2, 0, 4, 8, {0, 4, 0, 4}},   {2, 1, 4, 8, {0, 4, 4, 4}},   // the columns are longer
+      {4, 2, 8, 8, {4, 4, 0, 4}},   {4, 1, 8, 8, {0, 4, 4, 4}},   // 4 x 8, then 4 x 4
+      {8, 5, 16, 2, {10, 2, 0, 2}},                                // rows only
+      {3, 0, 7, 10, {0, 7, 0, 3}},  {3, 1, 7, 10, {0, 7, 3, 3}},  {3, 2, 7, 10, {0, 7, 6, 4}},
+      // More threads than elements: 2 columns over 8 threads, the last two work.
+      {8, 5, 2, 2, {0, 2, 0, 0}},   {8, 6, 2, 2, {0, 2, 0, 1}},   {8, 7, 2, 2, {0, 2, 1, 1}},
+  };
+  for (const auto& c : cases)
+    EXPECT_TRUE(omatcopy_share(c.team, c.t, c.rows, c.cols) == c.expected)
+        << c.team << " threads, thread " << c.t << ", " << c.rows << " x " << c.cols;
 }
 
 TEST(OmatcopyShare, SharesCoverTheMatrixOnce) {
@@ -149,17 +126,11 @@ TEST(OmatcopyShare, SharesCoverTheMatrixOnce) {
 
 // ---- forced CPU types and thread counts -----------------------------------------------------
 
-extern "C" {
-tav::blas::omatcopy2_seq_fn<double> TAV_PATH_VARIANTS(blas, domatcopy2_seq);
-}
-
 const char* chosen_path() {
-  static const char* const names[8] = {"def", "cnr_def", "mc",        "mc3",
-                                       "avx", "avx2",    "avx512_tp", "avx512"};
-  tav::blas::omatcopy2_seq_fn<double>* const variants[8] = {
-      TAV_PATH_VARIANTS(blas, domatcopy2_seq)};
+  using namespace tav::blas;
+  omatcopy2_seq_fn<double>* const variants[8] = {TAV_PATH_VARIANTS(blas, domatcopy2_seq)};
   for (int k = 0; k < 8; ++k)
-    if (tav::blas::domatcopy2_seq_dispatch.target() == variants[k]) return names[k];
+    if (tav::blas::domatcopy2_seq_dispatch.target() == variants[k]) return tav::test::path_tags[k];
   return "none";
 }
 

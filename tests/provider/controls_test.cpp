@@ -46,29 +46,6 @@ TAV_SCENARIO(version_query_then_consistency) {
   std::printf("major=%d cbwr=%d\n", major, tav_serv_cbwr_get(TAV_CBWR_BRANCH));
 }
 
-TEST(Modes, VersionQueryDoesNotFreezeTheBranch) {
-  auto r = run_child("version_query_then_consistency");
-  EXPECT_EQ(r.out, "major=2019 cbwr=3\n") << r.err;
-}
-
-TEST(Modes, ImprovedConsistencyBeforeDetection) {
-  auto r = run_child("improved_consistency_first");
-  EXPECT_EQ(r.out, "cbwr=3 vml=0x1A02\n") << r.err;
-}
-
-TEST(Modes, ImprovedConsistencyAfterDetectionKeepsTheBranch) {
-  auto r = run_child("improved_consistency_after_detection");
-  EXPECT_EQ(r.out, "cbwr=1 vml=0x1A02\n") << r.err;
-  auto la = run_child("improved_consistency_after_detection", {{"TAV_VML_MODE", "VML_LA"}});
-  EXPECT_EQ(la.out, "cbwr=1 vml=0x1A02\n") << la.err;
-}
-
-TEST(Modes, RefusedConsistencyModeIsSilent) {
-  auto r = run_child("consistency_mode_refused_silently");
-  EXPECT_EQ(r.out, "cbwr=2\n");
-  EXPECT_EQ(r.err, "");
-}
-
 TEST(Modes, VmlModeForwardedToTheCallingThread) {
   unsigned before = vmlGetMode();
   set_vml_mode(VML_EP | VML_ERRMODE_STDERR);
@@ -82,12 +59,6 @@ TAV_SCENARIO(max_threads) {
   set_max_threads(0);
   set_max_threads(-2);
   std::printf("%d\n", tav_serv_get_max_threads());
-}
-
-TEST(Threads, SetMaxThreadsIgnoresNonPositive) {
-  // Dynamic off, so that the count is not lowered to the number of physical cores.
-  auto r = run_child("max_threads", {{"TAV_NUM_THREADS", "5"}, {"TAV_DYNAMIC", "false"}});
-  EXPECT_EQ(r.out, "3 3\n");
 }
 
 TAV_SCENARIO(memory_controls) {
@@ -104,12 +75,41 @@ TAV_SCENARIO(memory_controls) {
   thread_free_buffers();
 }
 
-TEST(Memory, ControlsForwardToTheManager) {
-  auto r = run_child("memory_controls");
-  EXPECT_EQ(r.out,
-            "peak_before_enable=-1 disable_before_start=1 bytes>=1000:1 buffers=1 "
-            "disable_after_start=0 fast_mm_off=1\n")
-      << r.err;
+struct control_case {
+  const char* scenario;
+  tav::test::env_list env;
+  const char* out;
+};
+
+void PrintTo(const control_case& c, std::ostream* os) { *os << c.scenario; }
+
+class Controls : public testing::TestWithParam<control_case> {};
+
+TEST_P(Controls, PrintQuietly) {
+  auto r = run_child(GetParam().scenario, GetParam().env);
+  EXPECT_EQ(r.exit_code, 0);
+  EXPECT_EQ(r.out, GetParam().out);
+  EXPECT_EQ(r.err, "");
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Scenarios, Controls,
+    testing::Values(
+        // The version query does not freeze the branch; the mode's refusals are silent.
+        control_case{"version_query_then_consistency", {}, "major=2019 cbwr=3\n"},
+        control_case{"improved_consistency_first", {}, "cbwr=3 vml=0x1A02\n"},
+        // After detection the branch stays, and so does the vector-math mode.
+        control_case{"improved_consistency_after_detection", {}, "cbwr=1 vml=0x1A02\n"},
+        control_case{"improved_consistency_after_detection", {{"TAV_VML_MODE", "VML_LA"}},
+                     "cbwr=1 vml=0x1A02\n"},
+        control_case{"consistency_mode_refused_silently", {}, "cbwr=2\n"},
+        // Dynamic off, so that the count is not lowered to the number of physical cores.
+        control_case{"max_threads", {{"TAV_NUM_THREADS", "5"}, {"TAV_DYNAMIC", "false"}}, "3 3\n"},
+        control_case{"memory_controls", {},
+                     "peak_before_enable=-1 disable_before_start=1 bytes>=1000:1 buffers=1 "
+                     "disable_after_start=0 fast_mm_off=1\n"}),
+    [](const testing::TestParamInfo<control_case>& info) {
+      return std::string(info.param.scenario) + (info.param.env.empty() ? "" : "_with_env");
+    });
 
 }  // namespace

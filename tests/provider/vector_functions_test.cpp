@@ -8,12 +8,11 @@
 #include <complex>
 #include <thread>
 
+#include "fresh_thread.hpp"
+
 namespace {
 
-template <class Body>
-void in_fresh_thread(Body body) {
-  std::thread(body).join();
-}
+using tav::test::in_fresh_thread;
 
 const double a[3] = {1.5, -2, 0.75}, b[3] = {2, 0.5, 3};
 

@@ -36,7 +36,7 @@ TEST(PathRule, TypesAndBranches) {
 }
 
 struct forced_case {
-  const char* forced;   // value of the CPU-type override variable
+  const char* forced;   // value of the CPU-type override variable, or nullptr for unset
   const char* cbwr;     // TAV_CBWR, or nullptr for unset
   const char* expected; // the scenario's line
 };
@@ -45,7 +45,8 @@ class ForcedType : public testing::TestWithParam<forced_case> {};
 
 TEST_P(ForcedType, SlotTakesTheVariantOfTheRule) {
   const forced_case& c = GetParam();
-  tav::test::env_list env{{"TAV_DEBUG_CPU_TYPE", c.forced}};
+  tav::test::env_list env;
+  if (c.forced) env.emplace_back("TAV_DEBUG_CPU_TYPE", c.forced);
   if (c.cbwr) env.emplace_back("TAV_CBWR", c.cbwr);
   auto r = run_child("resolve_which_path", env);
   EXPECT_EQ(r.exit_code, 0) << r.err;
@@ -70,7 +71,9 @@ INSTANTIATE_TEST_SUITE_P(
         forced_case{"1", "COMPATIBLE", "type=1 branch=3 path=cnr_def second=101"},
         forced_case{"2", "AUTO", "type=2 branch=2 path=cnr_def second=101"},
         forced_case{"5", "AUTO", "type=5 branch=2 path=avx2 second=105"},
-        forced_case{"7", "COMPATIBLE", "type=7 branch=3 path=avx512 second=107"}));
+        forced_case{"7", "COMPATIBLE", "type=7 branch=3 path=avx512 second=107"},
+        // No override: on any processor COMPATIBLE gives type 1 and the cnr_def variant.
+        forced_case{nullptr, "COMPATIBLE", "type=1 branch=3 path=cnr_def second=101"}));
 
 TEST(ForcedType, OutOfRangeIsFatal) {
   for (const char* value : {"10", "-1", "99"}) {
@@ -87,13 +90,6 @@ TEST(ForcedType, NonIntegerIsIgnored) {
     const int type = tav_serv_cpu_detect();
     EXPECT_EQ(r.out.substr(0, 7), "type=" + std::to_string(type) + " ") << value;
   }
-}
-
-TEST(Dispatch, CompatibleModeTakesTheReproduciblePath) {
-  // No override: on any processor COMPATIBLE gives type 1 and the cnr_def variant.
-  auto r = run_child("resolve_which_path", {{"TAV_CBWR", "COMPATIBLE"}});
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_EQ(r.out, "type=1 branch=3 path=cnr_def second=101\n");
 }
 
 }  // namespace

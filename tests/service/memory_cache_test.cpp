@@ -7,7 +7,12 @@
 #include <cstring>
 #include <vector>
 
+#include "memory_usage.hpp"
+
 namespace {
+
+using tav::test::now;
+using tav::test::usage;
 
 // A cached block holds size + alignment + 32 bytes, an uncached one size + alignment + 24.
 constexpr long long cached_bytes(long long size, long long alignment) {
@@ -18,18 +23,6 @@ constexpr long long uncached_bytes(long long size, long long alignment) {
 }
 
 constexpr size_t largest_cached = size_t{128} << 20;
-
-struct usage {
-  long long bytes;
-  int buffers;
-  bool operator==(const usage&) const = default;
-};
-
-usage now() {
-  usage u{};
-  u.bytes = tav_serv_mem_stat(&u.buffers);
-  return u;
-}
 
 usage plus(usage base, long long bytes, int buffers) {
   return {base.bytes + bytes, base.buffers + buffers};

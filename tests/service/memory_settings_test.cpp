@@ -1,10 +1,13 @@
 // The memory manager's once-read settings in fresh processes: the cache switch from the call and
-// the environment, the high-bandwidth limit, and the peak-usage modes from a clean start.
+// the environment, the high-bandwidth limit, the peak-usage modes from a clean start, and the
+// allocator hook variables (replaced hooks carry every block, a failing hook gives null without
+// leaking, hooks replaced after the start are ignored).
 #include <gtest/gtest.h>
 #include <tav/tav_memory.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -50,11 +53,71 @@ TAV_SCENARIO(memory_calls) {
   std::printf("%s\n", results.c_str());
 }
 
+bool refuse = false;
+int hook_allocations = 0;
+int hook_releases = 0;
+
+void* counting_malloc(size_t size) {
+  if (refuse) return nullptr;
+  ++hook_allocations;
+  return std::malloc(size);
+}
+
+void counting_free(void* pointer) {
+  ++hook_releases;
+  std::free(pointer);
+}
+
+// Every form fails while the hook refuses, before and after the thread's record exists; the
+// blocks that were made all go back through the hooks, except the thread's cache record.
+TAV_SCENARIO(refusing_hooks) {
+  i_malloc = counting_malloc;
+  i_free = counting_free;
+  refuse = true;
+  std::printf("before record: %d %d %d %d\n", tav_serv_allocate(1000, 64) == nullptr,
+              tav_serv_malloc(1000, 64) == nullptr, tav_serv_calloc(10, 10, 64) == nullptr,
+              tav_serv_realloc(nullptr, 10, 64) == nullptr);
+  refuse = false;
+  void* cached = tav_serv_allocate(1000, 64);
+  void* kept = tav_serv_malloc(100, 64);
+  std::memset(kept, 7, 100);
+  refuse = true;
+  void* other_size = tav_serv_allocate(5000, 64);
+  void* grown = tav_serv_realloc(kept, 200, 64);
+  std::printf("with record: %d %d %d\n", other_size == nullptr, grown == nullptr,
+              static_cast<unsigned char*>(kept)[99]);
+  tav_serv_deallocate(cached);
+  tav_serv_free(kept);
+  tav_serv_thread_free_buffers();
+  int buffers = -1;
+  long long bytes = tav_serv_mem_stat(&buffers);
+  std::printf("held: %lld %d, outstanding hook blocks: %d\n", bytes, buffers,
+              hook_allocations - hook_releases);
+}
+
+// Replacing one hook is enough for the manager to route everything through the hooks.
+TAV_SCENARIO(one_hook_replaced) {
+  i_free = counting_free;
+  tav_serv_free(tav_serv_malloc(100, 64));
+  std::printf("releases through the hook: %d\n", hook_releases);
+}
+
+// Hooks installed after the first allocation are not used.
+TAV_SCENARIO(hooks_after_start) {
+  tav_serv_free(tav_serv_malloc(100, 64));
+  i_malloc = counting_malloc;
+  refuse = true;
+  void* pointer = tav_serv_malloc(100, 64);
+  std::printf("served: %d, bytes: %lld\n", pointer != nullptr, tav_serv_mem_stat(nullptr));
+  tav_serv_free(pointer);
+}
+
 struct settings_case {
   const char* name;
   tav::test::env_list env;
   std::vector<std::string> calls;
   const char* results;
+  const char* scenario = "memory_calls";
 };
 
 void PrintTo(const settings_case& c, std::ostream* out) { *out << c.name; }
@@ -63,7 +126,7 @@ class MemorySettings : public testing::TestWithParam<settings_case> {};
 
 TEST_P(MemorySettings, GiveTheseResults) {
   const settings_case& c = GetParam();
-  auto child = tav::test::run_child("memory_calls", c.env, c.calls);
+  auto child = tav::test::run_child(c.scenario, c.env, c.calls);
   ASSERT_EQ(child.exit_code, 0) << child.err;
   EXPECT_EQ(child.out, std::string(c.results) + "\n");
   EXPECT_EQ(child.err, "");
@@ -97,6 +160,12 @@ const settings_case settings_cases[] = {
      {{"TAV_FAST_MEMORY_LIMIT", "000000000000000000000000000000007"}},
      {"l"},
      "0"},
+    // Replaced allocator hooks.
+    {"refusing_hooks", {}, {},
+     "before record: 1 1 1 1\nwith record: 1 1 7\nheld: 0 0, outstanding hook blocks: 1",
+     "refusing_hooks"},
+    {"one_hook_replaced", {}, {}, "releases through the hook: 1", "one_hook_replaced"},
+    {"hooks_after_start", {}, {}, "served: 1, bytes: 188", "hooks_after_start"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Cases, MemorySettings, testing::ValuesIn(settings_cases),

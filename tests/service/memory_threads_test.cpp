@@ -11,20 +11,12 @@
 #include <vector>
 
 #include "child_process.hpp"
+#include "memory_usage.hpp"
 
 namespace {
 
-struct usage {
-  long long bytes;
-  int buffers;
-  bool operator==(const usage&) const = default;
-};
-
-usage now() {
-  usage u{};
-  u.bytes = tav_serv_mem_stat(&u.buffers);
-  return u;
-}
+using tav::test::now;
+using tav::test::usage;
 
 TEST(MemoryThreads, FreeBuffersReleasesOnlyTheIdleBuffersOfOtherThreads) {
   if (tav_serv_get_fast_mm_status() != 0) GTEST_SKIP() << "the cache is disabled";

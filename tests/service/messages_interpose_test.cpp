@@ -1,5 +1,8 @@
-// A program that defines its own xerbla_ takes over every report that reaches the chain above it.
+// A program that defines its own xerbla_ takes over every report that reaches the chain above it:
+// those of the Fortran-style and CBLAS routines, with their parameter numbers, instead of the
+// library's printed message.
 #include <gtest/gtest.h>
+#include <tav/tav.h>
 #include <tav/tav_error.h>
 
 #include <cstdio>
@@ -70,6 +73,32 @@ TEST(Chain, ReportsReachApplicationOnceCdeclInstalled) {
   EXPECT_EQ(r.out,
             "\nOrvat TAV ERROR: Parameter 3 was incorrect on entry to DGEMM .\n"
             "cblas_dgemm 4\nDGEMM  3\nvdAdd 1089\n");
+}
+
+void call_bad_routines() {
+  const int two = 2, one = 1, minus = -1;
+  double a[4] = {}, b[4] = {}, c[4] = {};
+  const double alpha = 1, beta = 0;
+  DGEMM("N", "N", &two, &two, &two, &alpha, a, &one, b, &two, &beta, c, &two);
+  tav_complex8 ca[4] = {}, calpha = {1, 0};
+  ctrsm("L", "U", "N", "N", &minus, &two, &calpha, ca, &two, ca, &two);
+  cblas_dgemm(TAV_CBLAS_COL_MAJOR, TAV_CBLAS_NO_TRANS, TAV_CBLAS_NO_TRANS, 2, 2, 2, 1.0, a, 2, b,
+              2, 0.0, c, 1);
+}
+
+TEST(OwnXerbla, ReceivesEveryBlasReport) {
+  received.clear();
+  call_bad_routines();
+  EXPECT_EQ(received, "DGEMM  8\nCTRSM  5\ncblas_dgemm 14\n");
+}
+
+TAV_SCENARIO(bad_calls) { call_bad_routines(); }
+
+// The library's default handler sits behind xerbla_ in the chain, so nothing is printed.
+TEST(OwnXerbla, ReplacesThePrintedMessage) {
+  auto child = run_child("bad_calls");
+  ASSERT_EQ(child.exit_code, 0) << child.err;
+  EXPECT_EQ(child.out, "");
 }
 
 }  // namespace

@@ -333,44 +333,44 @@ TAV_SCENARIO(catalog_texts) {
   std::printf("LANG=%s\n", lang ? lang : "(unset)");
 }
 
-class Catalog : public testing::Test {
+struct catalog_case {
+  const char* label;
+  std::string subdirectory, nlspath, lang, lang_after;  // lang "": unset
+};
+
+class Catalog : public testing::TestWithParam<catalog_case> {
  protected:
-  // Builds tav_msg.cat, translating message 6 only, in `subdirectory` of a fresh directory.
-  std::string make_catalog(const std::string& subdirectory) {
-    char pattern[] = "/tmp/tav_catalog_XXXXXX";
-    root_ = mkdtemp(pattern);
-    std::filesystem::create_directories(root_ + "/" + subdirectory);
-    std::ofstream(root_ + "/messages.txt") << "$set 1\n6 Parameter %d falsch in %s.\n";
-    std::string command =
-        "gencat " + root_ + "/" + subdirectory + "/tav_msg.cat " + root_ + "/messages.txt";
-    if (std::system(command.c_str()) != 0) ADD_FAILURE() << "gencat failed";
-    return root_;
-  }
   void TearDown() override { std::filesystem::remove_all(root_); }
   std::string root_;
 };
 
-const std::string translated =
-    "Parameter 3 falsch in DGEMM.\n"
-    "Orvat TAV INTERNAL ERROR: Insufficient workspace available in function DGEMM.\n";
-
-TEST_F(Catalog, ReplacesBuiltInTexts) {
-  std::string root = make_catalog(".");
-  auto r = run_child("catalog_texts", {{"NLSPATH", root + "/%N"}});
-  EXPECT_EQ(r.out, translated + "LANG=(unset)\n");
+// A catalog translating message 6 only, in the case's subdirectory of a fresh directory: the
+// translated text where the catalog has one, the built-in text elsewhere.
+TEST_P(Catalog, ReplacesBuiltInTexts) {
+  const catalog_case& c = GetParam();
+  char pattern[] = "/tmp/tav_catalog_XXXXXX";
+  root_ = mkdtemp(pattern);
+  std::filesystem::create_directories(root_ + "/" + c.subdirectory);
+  std::ofstream(root_ + "/messages.txt") << "$set 1\n6 Parameter %d falsch in %s.\n";
+  const std::string command =
+      "gencat " + root_ + "/" + c.subdirectory + "/tav_msg.cat " + root_ + "/messages.txt";
+  ASSERT_EQ(std::system(command.c_str()), 0) << "gencat failed";
+  tav::test::env_list env{{"NLSPATH", root_ + c.nlspath}};
+  if (!c.lang.empty()) env.emplace_back("LANG", c.lang);
+  EXPECT_EQ(run_child("catalog_texts", env).out,
+            "Parameter 3 falsch in DGEMM.\n"
+            "Orvat TAV INTERNAL ERROR: Insufficient workspace available in function DGEMM.\n"
+            "LANG=" + c.lang_after + "\n");
 }
 
-TEST_F(Catalog, FoundForLanguageWithoutEncoding) {
-  std::string root = make_catalog("de_DE");
-  auto r = run_child("catalog_texts", {{"NLSPATH", root + "/%L/%N"}, {"LANG", "de_DE.UTF-8"}});
-  EXPECT_EQ(r.out, translated + "LANG=de_DE\n");
-}
-
-TEST_F(Catalog, FoundAtFirstTryKeepsLang) {
-  std::string root = make_catalog("de_DE.UTF-8");
-  auto r = run_child("catalog_texts", {{"NLSPATH", root + "/%L/%N"}, {"LANG", "de_DE.UTF-8"}});
-  EXPECT_EQ(r.out, translated + "LANG=de_DE.UTF-8\n");
-}
+INSTANTIATE_TEST_SUITE_P(
+    Messages, Catalog,
+    testing::Values(catalog_case{"no_language", ".", "/%N", "", "(unset)"},
+                    catalog_case{"language_without_encoding", "de_DE", "/%L/%N", "de_DE.UTF-8",
+                                 "de_DE"},
+                    catalog_case{"found_at_first_try_keeps_lang", "de_DE.UTF-8", "/%L/%N",
+                                 "de_DE.UTF-8", "de_DE.UTF-8"}),
+    [](const auto& info) { return std::string(info.param.label); });
 
 // Loads the test binary, and with it the library, again in a directory that no longer exists.
 TAV_SCENARIO(exec_in_removed_directory) {

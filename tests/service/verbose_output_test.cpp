@@ -75,11 +75,9 @@ TEST_P(VerboseSwitch, ReadsTheEnvironmentOnceUnlessACallCameFirst) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, VerboseSwitch,
+    // The value's reading is verbose_format_unit's; here only whether the variable is read.
     testing::Values(switch_case{"Hexadecimal", "0x1", {"m", "i"}, {"1", "1"}},
-                    switch_case{"Decimal", "1", {"m"}, {"1"}},
                     switch_case{"TrailingBlank", "1 ", {"m"}, {"0"}},
-                    switch_case{"Two", "2", {"m"}, {"0"}},
-                    switch_case{"OctalEight", "010", {"m"}, {"0"}},
                     switch_case{"Absent", nullptr, {"m"}, {"0"}},
                     switch_case{"BadValueChangesNothing", "1", {"v2", "v-1", "m"}, {"-1", "-1", "1"}},
                     switch_case{"CallBeforeReadWins", "1", {"v0", "m"}, {"0", "0"}},

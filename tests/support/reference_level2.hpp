@@ -12,18 +12,11 @@
 #include <utility>
 #include <vector>
 
+#include "reference_level3.hpp"
+
 namespace tav::test::level2_ref {
 
-template <class T>
-struct wide {
-  using type = long double;
-};
-template <class R>
-struct wide<std::complex<R>> {
-  using type = std::complex<long double>;
-};
-template <class T>
-using wide_t = typename wide<T>::type;
+// widen, wide_t, wide_abs1 and op_element come from reference_level3.hpp.
 
 template <class T>
 inline constexpr bool is_complex = !std::is_floating_point_v<T>;
@@ -37,18 +30,6 @@ template <class R>
 struct real_of<std::complex<R>> {
   using type = R;
 };
-
-template <class T>
-wide_t<T> widen(const T& x) {
-  if constexpr (is_complex<T>) return wide_t<T>(x.real(), x.imag());
-  else return static_cast<long double>(x);
-}
-
-template <class W>
-long double abs1(const W& x) {
-  if constexpr (std::is_floating_point_v<W>) return std::fabs(x);
-  else return std::fabs(x.real()) + std::fabs(x.imag());
-}
 
 template <class W>
 W conj_if(const W& x, bool conj) {
@@ -69,7 +50,7 @@ struct value {
 template <class T>
 long double error_ratio(const T& computed, const value<T>& v, int64_t terms) {
   using R = typename real_of<T>::type;
-  const long double err = abs1(widen(computed) - v.exact);
+  const long double err = wide_abs1(widen(computed) - v.exact);
   if (err == 0) return 0;
   const long double eps = std::numeric_limits<R>::epsilon();
   return err / (static_cast<long double>(terms + 2) * eps * v.scale);
@@ -83,13 +64,6 @@ struct dense {
   const T& operator()(int64_t i, int64_t j) const { return data[static_cast<size_t>(i + j * ld)]; }
 };
 
-// Element (i, j) of op(A): trans 'N', 'T' or 'C'.
-template <class T>
-wide_t<T> op_element(char trans, const T* a, int64_t lda, int64_t i, int64_t j) {
-  if (trans == 'N') return widen(a[i + j * lda]);
-  return conj_if(widen(a[j + i * lda]), trans == 'C');
-}
-
 // y := alpha·op(A)·x + beta·y over logical (unstrided) x and y; beta = 0 ignores y, alpha = 0
 // ignores A and x, and m = 0 or n = 0 leaves y as it is.
 template <class T>
@@ -99,7 +73,7 @@ std::vector<value<T>> gemv(char trans, int64_t m, int64_t n, T alpha, const T* a
   std::vector<value<T>> out(static_cast<size_t>(rows));
   if (m <= 0 || n <= 0) {
     for (int64_t i = 0; i < rows; ++i)
-      out[static_cast<size_t>(i)] = {widen(y[i]), abs1(widen(y[i]))};
+      out[static_cast<size_t>(i)] = {widen(y[i]), wide_abs1(widen(y[i]))};
     return out;
   }
   for (int64_t i = 0; i < rows; ++i) {
@@ -109,12 +83,13 @@ std::vector<value<T>> gemv(char trans, int64_t m, int64_t n, T alpha, const T* a
       for (int64_t l = 0; l < inner; ++l) {
         const wide_t<T> t = widen(alpha) * op_element(trans, a, lda, i, l) * widen(x[l]);
         sum += t;
-        scale += abs1(widen(alpha)) * abs1(op_element(trans, a, lda, i, l)) * abs1(widen(x[l]));
+        scale += wide_abs1(widen(alpha)) * wide_abs1(op_element(trans, a, lda, i, l)) *
+                 wide_abs1(widen(x[l]));
       }
     }
     if (beta != T(0)) {
       sum += widen(beta) * widen(y[i]);
-      scale += abs1(widen(beta)) * abs1(widen(y[i]));
+      scale += wide_abs1(widen(beta)) * wide_abs1(widen(y[i]));
     }
     out[static_cast<size_t>(i)] = {sum, scale};
   }
@@ -131,14 +106,15 @@ std::vector<value<T>> rank_update(bool conj, int64_t m, int64_t n, T alpha, cons
   for (int64_t j = 0; j < n; ++j) {
     for (int64_t i = 0; i < m; ++i) {
       wide_t<T> t = widen(alpha) * widen(x[i]) * conj_if(widen(y[j]), conj);
-      long double scale = abs1(widen(alpha)) * abs1(widen(x[i])) * abs1(widen(y[j]));
+      long double scale =
+          wide_abs1(widen(alpha)) * wide_abs1(widen(x[i])) * wide_abs1(widen(y[j]));
       if (alpha2 != T(0)) {
         t += widen(alpha2) * widen(y2[i]) * conj_if(widen(x2[j]), conj);
-        scale += abs1(widen(alpha2)) * abs1(widen(y2[i])) * abs1(widen(x2[j]));
+        scale += wide_abs1(widen(alpha2)) * wide_abs1(widen(y2[i])) * wide_abs1(widen(x2[j]));
       }
       if (beta != T(0)) {
         t += widen(beta) * widen(a[i + j * lda]);
-        scale += abs1(widen(beta)) * abs1(widen(a[i + j * lda]));
+        scale += wide_abs1(widen(beta)) * wide_abs1(widen(a[i + j * lda]));
       }
       out[static_cast<size_t>(i + j * m)] = {t, scale};
     }

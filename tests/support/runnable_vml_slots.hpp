@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "code_paths.hpp"
+
 namespace tav::test {
 
 struct vml_slot {
@@ -12,12 +14,10 @@ struct vml_slot {
 };
 
 inline std::vector<vml_slot> runnable_vml_slots() {
-  __builtin_cpu_init();
-  std::vector<vml_slot> out = {{"def", 0}, {"cnr_def", 1}};
-  if (__builtin_cpu_supports("ssse3")) out.push_back({"mc", 3});
-  if (__builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt")) out.push_back({"mc3", 5});
-  if (__builtin_cpu_supports("avx")) out.push_back({"avx", 6});
-  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma")) out.push_back({"avx2", 7});
+  static constexpr int column[6] = {0, 1, 3, 5, 6, 7};
+  std::vector<vml_slot> out;
+  for (int id = 0; id < 6; ++id)
+    if (path_runs(id)) out.push_back({path_tags[id], column[id]});
   return out;
 }
 

@@ -6,7 +6,11 @@
 #include <cstdlib>
 #include <thread>
 
+#include "fresh_thread.hpp"
+
 namespace {
+
+using tav::test::in_fresh_thread;
 
 constexpr unsigned default_mode = VML_HA | VML_ERRMODE_DEFAULT;  // 0x1A02
 
@@ -19,23 +23,8 @@ class without_mode_variable : public testing::Environment {
 [[maybe_unused]] testing::Environment* const environment =
     testing::AddGlobalTestEnvironment(new without_mode_variable);
 
-// The vector-math state is per thread and starts unread, so a new thread gives each case the
-// default state whatever the cases before it left in the main thread.
-template <class Body>
-void in_fresh_thread(Body body) {
-  std::thread(body).join();
-}
-
 int handled(tav_vml_error_context*) { return 1; }
 int passed_on(tav_vml_error_context*) { return 0; }
-
-TEST(VmlMode, LowAccuracyAfterDefaultKeepsErrorMode) {
-  in_fresh_thread([] {
-    EXPECT_EQ(vmlGetMode(), default_mode);
-    EXPECT_EQ(vmlSetMode(VML_LA), default_mode);
-    EXPECT_EQ(vmlGetMode(), VML_LA | VML_ERRMODE_DEFAULT);
-  });
-}
 
 // Each group that is non-zero in the request is replaced on its own; the precision-control group
 // and the bits outside every group are never taken from the request.
@@ -74,31 +63,6 @@ INSTANTIATE_TEST_SUITE_P(
         group_case{"precision_with_accuracy", VML_RESTORE | VML_LA, 0x1041A01},
         group_case{"outside_every_group", 0xF0C30000, base_mode}),
     [](const testing::TestParamInfo<group_case>& info) { return info.param.label; });
-
-TEST(VmlStatus, SetAndClearReturnThePreviousStatus) {
-  in_fresh_thread([] {
-    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK);
-    EXPECT_EQ(vmlSetErrStatus(VML_STATUS_OVERFLOW), VML_STATUS_OK);
-    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OVERFLOW);
-    EXPECT_EQ(vmlSetErrStatus(VML_STATUS_BADMEM), VML_STATUS_OVERFLOW);
-    EXPECT_EQ(vmlClearErrStatus(), VML_STATUS_BADMEM);
-    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK);
-    EXPECT_EQ(vmlClearErrStatus(), VML_STATUS_OK);
-    EXPECT_EQ(vmlGetMode(), default_mode);
-  });
-}
-
-TEST(VmlCallback, SetAndClearReturnThePreviousCallback) {
-  in_fresh_thread([] {
-    EXPECT_EQ(vmlGetErrorCallBack(), nullptr);
-    EXPECT_EQ(vmlSetErrorCallBack(handled), nullptr);
-    EXPECT_EQ(vmlGetErrorCallBack(), &handled);
-    EXPECT_EQ(vmlSetErrorCallBack(passed_on), &handled);
-    EXPECT_EQ(vmlClearErrorCallBack(), &passed_on);
-    EXPECT_EQ(vmlGetErrorCallBack(), nullptr);
-    EXPECT_EQ(vmlClearErrorCallBack(), nullptr);
-  });
-}
 
 // The callback bit 0x1000 follows the callback through the group rule: clearing it when it is
 // the only error-mode bit would empty the group, so the group stays as it was.
@@ -168,7 +132,8 @@ struct service_names {
 
 class VmlServiceNames : public testing::TestWithParam<service_names> {};
 
-// What one name sets, the C name reads, and the other way round: all names share one state.
+// What one name sets, the C name reads, and the other way round: all names share one state, and
+// every setter and clearer returns what was there before.
 TEST_P(VmlServiceNames, ShareTheStateOfTheCNames) {
   in_fresh_thread([] {
     const service_names& n = GetParam();
@@ -183,13 +148,15 @@ TEST_P(VmlServiceNames, ShareTheStateOfTheCNames) {
     EXPECT_EQ(n.get_status(), VML_STATUS_BADSIZE);
     EXPECT_EQ(n.clear_status(), VML_STATUS_BADSIZE);
     EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK);
+    EXPECT_EQ(n.clear_status(), VML_STATUS_OK);
 
     EXPECT_EQ(n.set_callback(handled), nullptr);
     EXPECT_EQ(vmlGetErrorCallBack(), &handled);
-    vmlSetErrorCallBack(passed_on);
+    EXPECT_EQ(vmlSetErrorCallBack(passed_on), &handled);
     EXPECT_EQ(n.get_callback(), &passed_on);
     EXPECT_EQ(n.clear_callback(), &passed_on);
     EXPECT_EQ(vmlGetErrorCallBack(), nullptr);
+    EXPECT_EQ(n.clear_callback(), nullptr);
     EXPECT_EQ(vmlGetMode(), VML_EP | VML_ERRMODE_ERRNO | VML_ERRMODE_EXCEPT);
   });
 }

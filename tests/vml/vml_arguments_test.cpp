@@ -8,7 +8,11 @@
 #include <thread>
 #include <vector>
 
+#include "fresh_thread.hpp"
+
 namespace {
+
+using tav::test::in_fresh_thread;
 
 struct report {
   std::string name;
@@ -27,12 +31,6 @@ extern "C" void xerbla_(const char* name, const int* info, int name_length) {
 }
 
 namespace {
-
-// Each case in a fresh thread: status and mode start from their defaults.
-template <class Body>
-void in_fresh_thread(Body body) {
-  std::thread(body).join();
-}
 
 struct bad_call {
   const char* label;
@@ -110,21 +108,15 @@ TEST(VmlTwin, RestoresTheModeAndKeepsZeroGroups) {
 TEST(VmlNames, FortranAndTwinFormsComputeTheSame) {
   const int n = 4;
   const unsigned mode = VML_HA;
-  double c[4], upper[4], lower[4], twin[4], twin_upper[4], twin_lower[4];
-  vdSub(n, x, y, c);
-  VDSUB_(&n, x, y, upper);
-  vdsub_(&n, x, y, lower);
-  vmdSub(n, x, y, twin, mode);
-  VMDSUB_(&n, x, y, twin_upper, &mode);
-  vmdsub_(&n, x, y, twin_lower, &mode);
-  for (int i = 0; i < n; ++i) {
-    EXPECT_EQ(c[i], x[i] - y[i]);
-    EXPECT_EQ(upper[i], c[i]);
-    EXPECT_EQ(lower[i], c[i]);
-    EXPECT_EQ(twin[i], c[i]);
-    EXPECT_EQ(twin_upper[i], c[i]);
-    EXPECT_EQ(twin_lower[i], c[i]);
-  }
+  double r[6][4];
+  vdSub(n, x, y, r[0]);
+  VDSUB_(&n, x, y, r[1]);
+  vdsub_(&n, x, y, r[2]);
+  vmdSub(n, x, y, r[3], mode);
+  VMDSUB_(&n, x, y, r[4], &mode);
+  vmdsub_(&n, x, y, r[5], &mode);
+  for (int form = 0; form < 6; ++form)
+    for (int i = 0; i < n; ++i) EXPECT_EQ(r[form][i], x[i] - y[i]) << form;
 }
 
 }  // namespace

@@ -12,57 +12,40 @@
 #include <vector>
 
 #include "child_process.hpp"
+#include "fresh_thread.hpp"
 
 namespace {
 
+using tav::test::in_fresh_thread;
 using tav::test::run_child;
-
-template <class Body>
-void in_fresh_thread(Body body) {
-  std::thread(body).join();
-}
 
 const double a[4] = {1, 2, 0, 4};
 const double b[4] = {1, 0, 0, 2};
 
-TEST(VmlDataErrors, DefaultModeSetsStatusAndErrnoAndKeepsIeeeResults) {
-  in_fresh_thread([] {
-    double r[4];
-    errno = 0;
-    vdDiv(2, a, b, r);
-    EXPECT_EQ(r[0], 1.0);
-    EXPECT_EQ(r[1], INFINITY);
-    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_SING);
-    EXPECT_EQ(errno, 34);
-    vdDiv(4, a, b, r);  // the last report, 0/0, wins
-    EXPECT_TRUE(std::isnan(r[2]));
-    EXPECT_EQ(r[3], 2.0);
-    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_ERRDOM);
-    EXPECT_EQ(errno, 33);
-  });
-}
-
-TEST(VmlDataErrors, NoErrorModeNeverSetsStatus) {
-  in_fresh_thread([] {
-    vmlSetMode(VML_ERRMODE_NOERR);
-    double r[4];
-    errno = 0;
-    vdDiv(4, a, b, r);
-    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_OK);
-    EXPECT_EQ(errno, 0);
-    EXPECT_EQ(r[1], INFINITY);
-  });
-}
-
-TEST(VmlDataErrors, IgnoreModeSetsOnlyTheStatus) {
-  in_fresh_thread([] {
-    vmlSetMode(VML_ERRMODE_IGNORE);
-    double r[4];
-    errno = 0;
-    vdDiv(2, a, b, r);
-    EXPECT_EQ(vmlGetErrStatus(), VML_STATUS_SING);
-    EXPECT_EQ(errno, 0);
-  });
+// With n = 4 the division by zero (element 1) comes before 0/0 (element 2): the last report wins.
+TEST(VmlDataErrors, ModeDecidesStatusAndErrnoWhileIeeeResultsStay) {
+  const struct {
+    unsigned mode;  // 0: the default
+    int n, status, error;
+  } cases[] = {{0, 2, VML_STATUS_SING, 34},
+               {0, 4, VML_STATUS_ERRDOM, 33},
+               {VML_ERRMODE_NOERR, 4, VML_STATUS_OK, 0},
+               {VML_ERRMODE_IGNORE, 2, VML_STATUS_SING, 0}};
+  for (const auto& c : cases)
+    in_fresh_thread([&c] {
+      if (c.mode != 0) vmlSetMode(c.mode);
+      double r[4];
+      errno = 0;
+      vdDiv(c.n, a, b, r);
+      EXPECT_EQ(vmlGetErrStatus(), c.status) << std::hex << c.mode << " n=" << c.n;
+      EXPECT_EQ(errno, c.error) << std::hex << c.mode << " n=" << c.n;
+      EXPECT_EQ(r[0], 1.0);
+      EXPECT_EQ(r[1], INFINITY);
+      if (c.n == 4) {
+        EXPECT_TRUE(std::isnan(r[2]));
+        EXPECT_EQ(r[3], 2.0);
+      }
+    });
 }
 
 tav_vml_error_context seen;

@@ -13,6 +13,7 @@
 
 #include "arith_oracles.hpp"
 #include "child_process.hpp"
+#include "code_paths.hpp"
 #include "vml/interface/vector_call.hpp"
 #include "vml/kernels/kernel_family.hpp"
 #include "vml/tables/function_tables.hpp"
@@ -84,32 +85,16 @@ TAV_SCENARIO(arith_on_forced_path) {
               static_cast<unsigned long long>(hash));
 }
 
-struct forced_case {
-  const char* name;
-  const char* type;
-  bool (*runnable)();
-};
-
-bool baseline() { return true; }
-bool ssse3() { return __builtin_cpu_supports("ssse3"); }
-bool sse42() { return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"); }
-bool avx() { return __builtin_cpu_supports("avx"); }
-bool avx2() { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); }
-
-const forced_case forced_cases[] = {{"def", "0", baseline}, {"cnr_def", "1", baseline},
-                                    {"mc", "2", ssse3},     {"mc3", "3", sse42},
-                                    {"avx", "4", avx},      {"avx2", "5", avx2}};
-
 TEST(VmlForcedPaths, EveryPathIsCorrectAndAllAgree) {
   std::string first;
-  for (const forced_case& c : forced_cases) {
-    if (!c.runnable()) continue;
-    const auto r = run_child("arith_on_forced_path", {{"TAV_DEBUG_CPU_TYPE", c.type}});
-    ASSERT_EQ(r.exit_code, 0) << c.name << ": " << r.err;
-    EXPECT_EQ(r.out.substr(0, 19), "slot=ok failures=0 ") << c.name << ": " << r.out;
+  for (int id = 0; id <= 5; ++id) {
+    if (!path_runs(id)) continue;
+    const auto r = run_child("arith_on_forced_path", {{"TAV_DEBUG_CPU_TYPE", std::to_string(id)}});
+    ASSERT_EQ(r.exit_code, 0) << path_tags[id] << ": " << r.err;
+    EXPECT_EQ(r.out.substr(0, 19), "slot=ok failures=0 ") << path_tags[id] << ": " << r.out;
     const std::string hash = r.out.substr(r.out.find("hash="));
     if (first.empty()) first = hash;
-    EXPECT_EQ(hash, first) << c.name;
+    EXPECT_EQ(hash, first) << path_tags[id];
   }
 }
 

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "fresh_thread.hpp"
 #include "vml/kernels/vml_kernel.hpp"
 #include "vml/mode/vml_state.hpp"
 #include "vml/threader/thread_count.hpp"
@@ -21,13 +22,9 @@
 
 namespace {
 
+using tav::test::in_fresh_thread;
 using tav::vml::machine_factor;
 using tav::vml::run_2i_1o;
-
-template <class Body>
-void in_fresh_thread(Body body) {
-  std::thread(body).join();
-}
 
 // Two threads for the vector-math domain, without dynamic threading: every call of 100 elements
 // or more splits.

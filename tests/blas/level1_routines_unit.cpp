@@ -1,6 +1,8 @@
-// The serial level-1 routines that LAPACK uses (copy, swap, asum, iamax, nrm2, rot) for the four
-// element types: long-double references, increments of either sign and zero, guard bands, and
-// nrm2 at the ends of the exponent range.
+// The level-1 routines for the four element types against long-double references, with guard
+// bands around every vector: the drivers axpy, dot, dotc, scal and scal_real around the thread
+// thresholds, their quick returns and IEEE special values, and the C entries of the real-alpha
+// complex scalings; the serial routines that LAPACK uses (copy, swap, asum, iamax, nrm2, rot) with
+// increments of either sign and zero, and nrm2 at the ends of the exponent range.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,6 +10,7 @@
 #include <limits>
 
 #include "blas/blas_internal.hpp"
+#include "blas/level1/level1_entries.hpp"
 #include "level1_checks.hpp"
 
 namespace {
@@ -16,8 +19,120 @@ using namespace tav::test;
 using c8 = std::complex<float>;
 using c16 = std::complex<double>;
 
-const int64_t sizes[] = {0, 1, 2, 7, 33, 100};
-const std::pair<int64_t, int64_t> increments[] = {{1, 1}, {2, 1}, {-1, -1}, {-3, 2}, {1, -2}};
+template <class T>
+class Level1Driver : public testing::Test {
+ protected:
+  std::mt19937_64 rng{20240611};
+  // Threads are considered from 32 KiB of x (axpy, dot) and 64 KiB (scal).
+  static constexpr int64_t stream = 32768 / sizeof(T);
+  static constexpr int64_t scale = 65536 / sizeof(T);
+  static std::vector<int64_t> sizes(int64_t threshold) {
+    return {0, 1, 2, 7, 33, 1000, threshold - 1, threshold, threshold + 1, 3 * threshold + 5};
+  }
+};
+
+using element_types = testing::Types<float, double, c8, c16>;
+TYPED_TEST_SUITE(Level1Driver, element_types);
+
+const std::pair<int64_t, int64_t> increments[] = {{1, 1}, {2, 1}, {-1, -1}, {-3, 2}, {1, -1},
+                                                  {0, 1}, {1, 0}};
+
+TYPED_TEST(Level1Driver, AxpyMatchesReference) {
+  using T = TypeParam;
+  for (int64_t n : this->sizes(this->stream))
+    for (auto [incx, incy] : increments)
+      ASSERT_EQ(check_axpy<T>(n, incx, incy, this->rng, tav::blas::axpy<T>), "");
+}
+
+TYPED_TEST(Level1Driver, DotAndDotcMatchReference) {
+  using T = TypeParam;
+  for (int64_t n : this->sizes(this->stream)) {
+    for (auto [incx, incy] : increments) {
+      ASSERT_EQ(check_dot<T>(n, incx, incy, false, this->rng, tav::blas::dot<T>), "");
+      ASSERT_EQ(check_dot<T>(n, incx, incy, true, this->rng, tav::blas::dotc<T>), "");
+    }
+  }
+}
+
+TYPED_TEST(Level1Driver, ScalMatchesReference) {
+  using T = TypeParam;
+  using R = real_of<T>;
+  for (int64_t n : this->sizes(this->scale)) {
+    for (int64_t inc : {1, 2, -1, -3, 0}) {
+      ASSERT_EQ((check_scal<T, T>(n, inc, this->rng, tav::blas::scal<T>)), "");
+      ASSERT_EQ((check_scal<T, R>(n, inc, this->rng, tav::blas::scal_real<T>)), "");
+    }
+  }
+}
+
+// alpha == 0 returns before y is read or written: NaNs and signed zeros keep their bits, and a
+// NaN in x does not reach y. -0 equals 0 as well.
+TYPED_TEST(Level1Driver, AxpyZeroAlphaLeavesYBitForBit) {
+  using T = TypeParam;
+  const int64_t n = 3 * this->stream;
+  guarded_vector<T> x = random_vector<T>(n, 1, this->rng), y = random_vector<T>(n, 2, this->rng);
+  x[3] = T(std::numeric_limits<real_of<T>>::quiet_NaN());
+  y[0] = T(-0.0f);
+  y[1] = sentinel<T>();
+  y[n - 1] = T(std::numeric_limits<real_of<T>>::infinity());
+  const guarded_vector<T> before = y;
+  for (T alpha : {T(0), T(-0.0f)}) {
+    tav::blas::axpy<T>(n, alpha, x.data(), 1, y.data(), 2);
+    EXPECT_TRUE(same_bits(y, before));
+    EXPECT_TRUE(y.intact());
+  }
+}
+
+TYPED_TEST(Level1Driver, NanAlphaPropagates) {
+  using T = TypeParam;
+  for (int64_t n : {int64_t{5}, 2 * this->stream + 1}) {
+    guarded_vector<T> x = random_vector<T>(n, 1, this->rng), y = random_vector<T>(n, -1, this->rng);
+    const T nan(std::numeric_limits<real_of<T>>::quiet_NaN());
+    tav::blas::axpy<T>(n, nan, x.data(), 1, y.data(), -1);
+    for (int64_t i = 0; i < n; ++i) ASSERT_TRUE(has_nan(widen(y[i]))) << "n=" << n << " i=" << i;
+    tav::blas::scal<T>(n, nan, x.data(), 1);
+    for (int64_t i = 0; i < n; ++i) ASSERT_TRUE(has_nan(widen(x[i]))) << "n=" << n << " i=" << i;
+  }
+}
+
+TYPED_TEST(Level1Driver, NonPositiveLengthTouchesNothing) {
+  using T = TypeParam;
+  for (int64_t n : {0, -1, -100}) {
+    guarded_vector<T> x(0, 1), y(0, 1);
+    tav::blas::axpy<T>(n, T(2), x.data(), 1, y.data(), 1);
+    tav::blas::scal<T>(n, T(2), x.data(), 1);
+    tav::blas::scal_real<T>(n, 2, x.data(), 1);
+    const T d = tav::blas::dot<T>(n, x.data(), 1, y.data(), 1);
+    const T dc = tav::blas::dotc<T>(n, x.data(), 1, y.data(), 1);
+    EXPECT_TRUE(x.intact() && y.intact());
+    const T zero(0);
+    EXPECT_EQ(std::memcmp(&d, &zero, sizeof(T)), 0);
+    EXPECT_EQ(std::memcmp(&dc, &zero, sizeof(T)), 0);
+  }
+}
+
+// The real-alpha scalings of complex vectors have no public routine to reach them through (the
+// interface tests reach the other C entries): a halving is exact, and only every other element
+// of the increment-2 vector may change.
+TEST(Level1Entries, RealAlphaScalingOfComplexVectors) {
+  std::mt19937_64 rng(7);
+  const int64_t n = 37, one = 1, two = 2;
+  std::vector<c16> z(2 * n);
+  for (auto& v : z) v = random_value<c16>(rng);
+  const std::vector<c16> z0 = z;
+  const double half = 0.5;
+  tav_blas_zdscal(&n, &half, z.data(), &two);
+  for (int64_t i = 0; i < 2 * n; ++i) EXPECT_EQ(z[i], i % 2 ? z0[i] : z0[i] * 0.5) << i;
+  std::vector<c8> v(n, c8(0.5f, 1));
+  const float minus_two = -2;
+  tav_blas_csscal(&n, &minus_two, v.data(), &one);
+  EXPECT_EQ(v, std::vector<c8>(n, c8(-1, -2)));
+}
+
+// The serial routines: sizes and increment pairs.
+const int64_t serial_sizes[] = {0, 1, 2, 7, 33, 100};
+const std::pair<int64_t, int64_t> serial_increments[] = {{1, 1},   {2, 1},  {-1, -1},
+                                                        {-3, 2}, {1, -2}};
 
 template <class T>
 class Level1Serial : public testing::Test {
@@ -25,13 +140,12 @@ class Level1Serial : public testing::Test {
   std::mt19937_64 rng{97};
 };
 
-using element_types = testing::Types<float, double, c8, c16>;
 TYPED_TEST_SUITE(Level1Serial, element_types);
 
 TYPED_TEST(Level1Serial, CopyAndSwapMoveElementsExactly) {
   using T = TypeParam;
-  for (int64_t n : sizes) {
-    for (auto [incx, incy] : increments) {
+  for (int64_t n : serial_sizes) {
+    for (auto [incx, incy] : serial_increments) {
       SCOPED_TRACE(testing::Message() << "n=" << n << " incx=" << incx << " incy=" << incy);
       guarded_vector<T> x = random_vector<T>(n, incx, this->rng), y = random_vector<T>(n, incy, this->rng);
       const guarded_vector<T> x0 = x, y0 = y;
@@ -49,7 +163,7 @@ TYPED_TEST(Level1Serial, CopyAndSwapMoveElementsExactly) {
 
 TYPED_TEST(Level1Serial, AsumAndIamaxMatchReference) {
   using T = TypeParam;
-  for (int64_t n : sizes) {
+  for (int64_t n : serial_sizes) {
     for (int64_t inc : {1, 3, -2}) {
       guarded_vector<T> x = random_vector<T>(n, inc, this->rng);
       const auto wx = widened(n, x.data(), inc);
@@ -82,7 +196,7 @@ TYPED_TEST(Level1Serial, IamaxTiesNanAndMeasure) {
 
 TYPED_TEST(Level1Serial, Nrm2MatchesReference) {
   using T = TypeParam;
-  for (int64_t n : sizes) {
+  for (int64_t n : serial_sizes) {
     for (int64_t inc : {1, 2, -3, 0}) {
       guarded_vector<T> x = random_vector<T>(n, inc, this->rng);
       const long double want = ref_nrm2(widened(n, x.data(), inc));
@@ -123,8 +237,8 @@ TYPED_TEST(Level1Serial, Nrm2AtTheEndsOfTheRange) {
 
 template <class T, class S>
 void check_rot(std::mt19937_64& rng) {
-  for (int64_t n : sizes) {
-    for (auto [incx, incy] : increments) {
+  for (int64_t n : serial_sizes) {
+    for (auto [incx, incy] : serial_increments) {
       SCOPED_TRACE(testing::Message() << "n=" << n << " incx=" << incx << " incy=" << incy);
       guarded_vector<T> x = random_vector<T>(n, incx, rng), y = random_vector<T>(n, incy, rng);
       const real_of<T> c = std::uniform_real_distribution<real_of<T>>(-1, 1)(rng);
