@@ -16,11 +16,12 @@ struct blocking {
 // kb: short k is taken whole (at least 128), 256 < k < 384 is halved into two equal blocks, long
 // k goes in blocks of 192, so an Ã sliver (mr x kb) stays in L1 while the kernel sweeps B̃.
 // mb: all of m up to 5000 rows. nb: up to 192 columns (96 for complex elements, whose panel of
-// kb x nb is twice the bytes), 24 when k < 48 so that short panels are not packed far ahead.
+// kb x nb is twice the bytes; divided by b_copies where B̃ repeats its reals), 24 when k < 48 so
+// that short panels are not packed far ahead.
 template <class E>
 constexpr blocking blocking_for(index m, index n, index k) {
   constexpr register_block rb = block_for<E>();
-  constexpr index nb_cap = element<E>::complex ? 96 : 192;
+  constexpr index nb_cap = (element<E>::complex ? 96 : 192) / b_copies<E>();
   blocking f{};
   f.kb = k <= 256 ? max_of(k, 128) : k < 384 ? k / 2 : 192;
   f.mb = round_up(min_of(max_of(rb.mr, m), 5000), rb.mr);

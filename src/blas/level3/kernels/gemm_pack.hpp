@@ -2,7 +2,7 @@
 // Goto and van de Geijn ("Anatomy of high-performance matrix multiplication", 2008).
 #pragma once
 
-#include "blas/level3/kernels/gemm_element.hpp"
+#include "blas/level3/kernels/gemm_params.hpp"
 
 namespace tav::TAV_PATH_NS::gemm {
 
@@ -69,34 +69,52 @@ void pack_a(const operand<E>& a, index i0, index mm, index l0, index kc, E* dst)
   else copyat<E, MR, false>(a, i0, mm, l0, kc, dst);
 }
 
+// Element (l, c) of a B̃ sliver at `slot`: each real b_copies<E>() times side by side.
+template <class E>
+inline void put_b(E* slot, E v) {
+  constexpr int copies = b_copies<E>();
+  if constexpr (copies == 1) {
+    *slot = v;
+  } else {
+    real_of<E>* r = reinterpret_cast<real_of<E>*>(slot);
+    for (int q = 0; q < copies; ++q) {
+      if constexpr (element<E>::complex) r[q] = v.re, r[copies + q] = v.im;
+      else r[q] = v;
+    }
+  }
+}
+
 // B̃: rows l0..l0+kc of op(B), columns j0..j0+nn, as ceil(nn/NR) slivers of kc x NR stored
-// k-major (B̃_s[l·NR + c] = op(B)(l0 + l, j0 + s·NR + c)); columns past nn are zero.
+// k-major (B̃_s[(l·NR + c)·copies] = op(B)(l0 + l, j0 + s·NR + c), see put_b); columns past nn
+// are zero.
 // copybn: op(B) = B, column j of op(B) contiguous in B.
 template <class E, int NR>
 void copybn(const operand<E>& b, index l0, index kc, index j0, index nn, E* dst) {
-  for (index s = 0; s < nn; s += NR, dst += NR * kc) {
+  constexpr int copies = b_copies<E>();
+  for (index s = 0; s < nn; s += NR, dst += NR * kc * copies) {
     const index cols = min_of(NR, nn - s);
     for (index c = 0; c < cols; ++c) {
       // The column NR on, copied with the next sliver, is requested now: the columns are short
       // streams, over before the hardware would have found them.
       if (s + NR + c < nn) prefetch_span(b.at(l0, j0 + s + NR + c), kc);
       const E* src = b.at(l0, j0 + s + c);
-      for (index l = 0; l < kc; ++l) dst[l * NR + c] = src[l];
+      for (index l = 0; l < kc; ++l) put_b(dst + (l * NR + c) * copies, src[l]);
     }
     for (index c = cols; c < NR; ++c)
-      for (index l = 0; l < kc; ++l) dst[l * NR + c] = zero_of<E>();
+      for (index l = 0; l < kc; ++l) put_b(dst + (l * NR + c) * copies, zero_of<E>());
   }
 }
 
 // copybt: op(B)(l, j) = B(j, l) or conj(B(j, l)); row l of op(B) is contiguous in B.
 template <class E, int NR, bool Conj>
 void copybt(const operand<E>& b, index l0, index kc, index j0, index nn, E* dst) {
-  for (index s = 0; s < nn; s += NR, dst += NR * kc) {
+  constexpr int copies = b_copies<E>();
+  for (index s = 0; s < nn; s += NR, dst += NR * kc * copies) {
     const index cols = min_of(NR, nn - s);
     const E* src = b.at(l0, j0 + s);
     for (index l = 0; l < kc; ++l, src += b.ld) {
-      for (index c = 0; c < cols; ++c) dst[l * NR + c] = fetch<E, Conj>(src + c);
-      for (index c = cols; c < NR; ++c) dst[l * NR + c] = zero_of<E>();
+      for (index c = 0; c < cols; ++c) put_b(dst + (l * NR + c) * copies, fetch<E, Conj>(src + c));
+      for (index c = cols; c < NR; ++c) put_b(dst + (l * NR + c) * copies, zero_of<E>());
     }
   }
 }

@@ -43,6 +43,19 @@ constexpr register_block block_for() {
   else return this_path.z;
 }
 
+// Copies of each real of B̃ that the packing writes side by side. A broadcast of one element from
+// memory into a register is a plain load on the AVX paths, and for double with SSE3 (movddup);
+// otherwise it takes a shuffle beside the load, on the ports the multiplies and adds need. There
+// B̃ holds each real once per lane of a register, so the kernel loads it ready to use.
+// By path id: 4 and up have AVX, 2 (mc) and 3 (mc3) SSE3, 0 and 1 SSE2 only.
+template <class E>
+constexpr int b_copies() {
+  constexpr int lanes_of_128 = static_cast<int>(16 / sizeof(real_of<E>));
+  if (TAV_PATH_ID >= 4) return 1;
+  if (TAV_PATH_ID >= 2 && lanes_of_128 == 2) return 1;
+  return lanes_of_128;
+}
+
 // The k extent of a packed block never exceeds this (see kb in gemm_blocking.hpp).
 inline constexpr index kb_max = 256;
 

@@ -185,7 +185,7 @@ void run_small(const problem<E>& p, const Part& part = {}) {
   constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
   const index kb = blocking_for<E>(p.m, p.n, p.k).kb;
   alignas(64) E a_sliver[MR * kb_max];
-  alignas(64) E b_sliver[kb_max * NR];
+  alignas(64) E b_sliver[kb_max * NR * b_copies<E>()];
   for (index pc = 0; pc < p.k; pc += kb) {
     const index kc = min_of(kb, p.k - pc);
     for (index ic = 0, mm = 0; ic < p.m; ic += mm) {
@@ -234,7 +234,7 @@ void pst(const problem<E>& p) {
     run_small(p);
     return;
   }
-  alignas(64) E b_sliver[kb_max * NR];
+  alignas(64) E b_sliver[kb_max * NR * b_copies<E>()];
   for (index ic = 0; ic < p.m; ic += f.mb) {
     const index mc = min_of(f.mb, p.m - ic);
     for (index pc = 0; pc < p.k; pc += f.kb) {
@@ -281,7 +281,7 @@ void driver(const problem<E>& p, const Part& part = {}) {
   constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
   const blocking f = blocking_for<E>(p.m, p.n, p.k);
   const pack_buffer a_block(sizeof(E) * static_cast<size_t>(f.mb * f.kb));
-  const pack_buffer b_panel(sizeof(E) * static_cast<size_t>(f.kb * f.nb));
+  const pack_buffer b_panel(sizeof(E) * static_cast<size_t>(f.kb * f.nb * b_copies<E>()));
   if (a_block.as<E>() == nullptr || b_panel.as<E>() == nullptr) {
     tav_serv_check_ptr_and_warn(nullptr, routine_name<E>());
     run_small(p, part);
@@ -312,7 +312,7 @@ void driver(const problem<E>& p, const Part& part = {}) {
           for (index jr = 0; jr < nc; jr += NR) {
             ahead.request_and_advance(p.c + ic + jc * p.ldc, p.ldc);
             update_tile<E, MR, NR>(part, ic + ir, jc + jr, kc, p.alpha, at + ir * kc, MR,
-                                   packed_b<E, NR>{bt + jr * kc},
+                                   packed_b<E, NR>{bt + jr * kc * b_copies<E>()},
                                    p.c + (ic + ir) + (jc + jr) * p.ldc, p.ldc, mm,
                                    min_of(NR, nc - jr));
           }

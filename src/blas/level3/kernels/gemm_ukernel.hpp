@@ -15,19 +15,28 @@ constexpr int lanes() {
   return simd<real_of<E>>::width / (element<E>::complex ? 2 : 1);
 }
 
-// B̃ as the pack routines lay it out: row l of the sliver is NR consecutive elements. The sliver
-// streams from L2 (the panel is kb x nb); every `rows_per_request` rows the kernel asks for the
-// row `ahead` rows on, so each 64-byte line is requested about once (a request every row cost
-// 5% in L1 on Zen 3), 16 lines early: some 200 cycles at the FMA rate, many L2 latencies.
+// B̃ as the pack routines lay it out: row l of the sliver is NR consecutive elements, each real
+// b_copies times. The sliver streams from L2 (the panel is kb x nb); every `rows_per_request`
+// rows the kernel asks for the row `ahead` rows on, so each 64-byte line is requested about once
+// (a request every row cost 5% in L1 on Zen 3), 16 lines early: some 200 cycles at the FMA
+// rate, many L2 latencies.
 template <class E, int NR>
 struct packed_b {
-  static constexpr int row_bytes = NR * static_cast<int>(sizeof(E));
+  static constexpr int parts = element<E>::complex ? 2 : 1;
+  static constexpr int copies = b_copies<E>();
+  static constexpr int row_bytes = NR * static_cast<int>(sizeof(E)) * copies;
   static constexpr int rows_per_request = row_bytes >= 64 ? 1 : 64 / row_bytes;
   static constexpr int ahead = 16 * rows_per_request;
   const E* p;
-  const E* at(int j) const { return p + j; }
-  void request_ahead() const { __builtin_prefetch(p + ahead * NR, 0, 3); }
-  void next() { p += NR; }
+  // Part `part` (0 real, 1 imaginary) of element j of the current row, in every lane of V.
+  template <class V>
+  typename V::reg lanes_of(int j, int part) const {
+    const real_of<E>* e = reinterpret_cast<const real_of<E>*>(p) + (j * parts + part) * copies;
+    if constexpr (copies == 1) return V::broadcast_load(e);
+    else return V::load(e);
+  }
+  void request_ahead() const { __builtin_prefetch(p + ahead * NR * copies, 0, 3); }
+  void next() { p += NR * copies; }
 };
 
 // B read in place: element (l, j) of the sliver at p + l·step_l + j·step_j (no conjugation).
@@ -36,7 +45,10 @@ struct strided_b {
   const E* p;
   index step_l, step_j;
   static constexpr int rows_per_request = 1;
-  const E* at(int j) const { return p + j * step_j; }
+  template <class V>
+  typename V::reg lanes_of(int j, int part) const {
+    return V::broadcast_load(reinterpret_cast<const real_of<E>*>(p + j * step_j) + part);
+  }
   void request_ahead() const {}
   void next() { p += step_l; }
 };
@@ -87,7 +99,7 @@ void ukernel_real(index kc, R alpha, const R* a, index a_step, B b, R* c, index 
     for (int v = 0; v < MV; ++v) av[v] = V::load(a + v * W);
 #pragma unroll
     for (int j = 0; j < NR; ++j) {
-      const reg bj = V::broadcast_load(b.at(j));
+      const reg bj = b.template lanes_of<V>(j, 0);
 #pragma unroll
       for (int v = 0; v < MV; ++v) acc[v][j] = V::mul_add(av[v], bj, acc[v][j]);
     }
@@ -138,10 +150,9 @@ void ukernel_complex(index kc, cpx<R> alpha, const cpx<R>* a, index a_step, B b,
     for (int v = 0; v < MV; ++v) av[v] = V::load(ar + v * W);
 #pragma unroll
     for (int j = 0; j < NR; ++j) {
-      // Each part broadcast straight from memory: a load, where a pair loaded once would cost
-      // two shuffles per column.
-      const R* e = &b.at(j)->re;
-      const reg br = V::broadcast_load(e), bi = V::broadcast_load(e + 1);
+      // Each part in every lane straight from memory, where a pair loaded once would cost two
+      // shuffles per column.
+      const reg br = b.template lanes_of<V>(j, 0), bi = b.template lanes_of<V>(j, 1);
 #pragma unroll
       for (int v = 0; v < MV; ++v) {
         acc_r[v][j] = V::mul_add(av[v], br, acc_r[v][j]);
