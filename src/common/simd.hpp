@@ -20,9 +20,11 @@ namespace tav::TAV_PATH_NS {
 // Each register type offers: width (lanes), zero, load/store (unaligned), stream (a store that
 // bypasses the caches; 64-byte aligned address for the widest forms), broadcast (of a value),
 // broadcast_load (of the element at an address, one load without a shuffle), add, mul,
-// mul_add(a, b, c) = a·b + c (one rounding where the path has FMA, two otherwise), swap_pairs
+// mul_add(a, b, c) = a·b + c and neg_mul_add(a, b, c) = c - a·b (one rounding where the path
+// has FMA, two otherwise), swap_pairs
 // (exchanges the lanes of each pair: re <-> im) and alternate(even, odd) (a constant whose even
-// lanes hold `even`); the 128- and 256-bit forms also bit_xor. With AVX2 the 256-bit forms
+// lanes hold `even`); the 128- and 256-bit forms also bit_xor and transpose (of the square of
+// `width` registers: lane j of register i to lane i of register j). With AVX2 the 256-bit forms
 // add what the elementary functions use: sub, the bit patterns as integer lanes (ireg, bits,
 // from_bits, integer add, and, shifts), lane masks (not_within, select, lane_bits) and table
 // reads (lookup and lookup_pairs from memory for double, permute within a register for float);
@@ -44,12 +46,19 @@ struct simd128<double> {
   static reg mul(reg a, reg b) { return _mm_mul_pd(a, b); }
 #if defined(__FMA__)
   static reg mul_add(reg a, reg b, reg c) { return _mm_fmadd_pd(a, b, c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm_fnmadd_pd(a, b, c); }
 #else
   static reg mul_add(reg a, reg b, reg c) { return _mm_add_pd(_mm_mul_pd(a, b), c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm_sub_pd(c, _mm_mul_pd(a, b)); }
 #endif
   static reg bit_xor(reg a, reg b) { return _mm_xor_pd(a, b); }
   static reg swap_pairs(reg v) { return _mm_shuffle_pd(v, v, 1); }
   static reg alternate(double e, double o) { return _mm_set_pd(o, e); }
+  static void transpose(reg* r) {
+    const reg low = _mm_unpacklo_pd(r[0], r[1]);
+    r[1] = _mm_unpackhi_pd(r[0], r[1]);
+    r[0] = low;
+  }
 };
 
 template <>
@@ -66,12 +75,15 @@ struct simd128<float> {
   static reg mul(reg a, reg b) { return _mm_mul_ps(a, b); }
 #if defined(__FMA__)
   static reg mul_add(reg a, reg b, reg c) { return _mm_fmadd_ps(a, b, c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm_fnmadd_ps(a, b, c); }
 #else
   static reg mul_add(reg a, reg b, reg c) { return _mm_add_ps(_mm_mul_ps(a, b), c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm_sub_ps(c, _mm_mul_ps(a, b)); }
 #endif
   static reg bit_xor(reg a, reg b) { return _mm_xor_ps(a, b); }
   static reg swap_pairs(reg v) { return _mm_shuffle_ps(v, v, _MM_SHUFFLE(2, 3, 0, 1)); }
   static reg alternate(float e, float o) { return _mm_set_ps(o, e, o, e); }
+  static void transpose(reg* r) { _MM_TRANSPOSE4_PS(r[0], r[1], r[2], r[3]); }
 };
 
 #if defined(__AVX__)
@@ -93,12 +105,22 @@ struct simd256<double> {
   static reg mul(reg a, reg b) { return _mm256_mul_pd(a, b); }
 #if defined(__FMA__)
   static reg mul_add(reg a, reg b, reg c) { return _mm256_fmadd_pd(a, b, c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm256_fnmadd_pd(a, b, c); }
 #else
   static reg mul_add(reg a, reg b, reg c) { return _mm256_add_pd(_mm256_mul_pd(a, b), c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm256_sub_pd(c, _mm256_mul_pd(a, b)); }
 #endif
   static reg bit_xor(reg a, reg b) { return _mm256_xor_pd(a, b); }
   static reg swap_pairs(reg v) { return _mm256_permute_pd(v, 0x5); }
   static reg alternate(double e, double o) { return _mm256_set_pd(o, e, o, e); }
+  static void transpose(reg* r) {
+    const reg t0 = _mm256_unpacklo_pd(r[0], r[1]), t1 = _mm256_unpackhi_pd(r[0], r[1]);
+    const reg t2 = _mm256_unpacklo_pd(r[2], r[3]), t3 = _mm256_unpackhi_pd(r[2], r[3]);
+    r[0] = _mm256_permute2f128_pd(t0, t2, 0x20);
+    r[1] = _mm256_permute2f128_pd(t1, t3, 0x20);
+    r[2] = _mm256_permute2f128_pd(t0, t2, 0x31);
+    r[3] = _mm256_permute2f128_pd(t1, t3, 0x31);
+  }
 #if defined(__AVX2__)
   static reg sub(reg a, reg b) { return _mm256_sub_pd(a, b); }
   // Bit patterns as 64-bit integer lanes.
@@ -148,12 +170,32 @@ struct simd256<float> {
   static reg mul(reg a, reg b) { return _mm256_mul_ps(a, b); }
 #if defined(__FMA__)
   static reg mul_add(reg a, reg b, reg c) { return _mm256_fmadd_ps(a, b, c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm256_fnmadd_ps(a, b, c); }
 #else
   static reg mul_add(reg a, reg b, reg c) { return _mm256_add_ps(_mm256_mul_ps(a, b), c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm256_sub_ps(c, _mm256_mul_ps(a, b)); }
 #endif
   static reg bit_xor(reg a, reg b) { return _mm256_xor_ps(a, b); }
   static reg swap_pairs(reg v) { return _mm256_permute_ps(v, 0xb1); }
   static reg alternate(float e, float o) { return _mm256_set_ps(o, e, o, e, o, e, o, e); }
+  // Pairs of rows interleaved, then 2 x 2 blocks gathered within each half, then the halves.
+  static void transpose(reg* r) {
+    reg t[8], u[8];
+    for (int i = 0; i < 8; i += 2) {
+      t[i] = _mm256_unpacklo_ps(r[i], r[i + 1]);
+      t[i + 1] = _mm256_unpackhi_ps(r[i], r[i + 1]);
+    }
+    for (int i = 0; i < 8; i += 4) {
+      u[i] = _mm256_shuffle_ps(t[i], t[i + 2], _MM_SHUFFLE(1, 0, 1, 0));
+      u[i + 1] = _mm256_shuffle_ps(t[i], t[i + 2], _MM_SHUFFLE(3, 2, 3, 2));
+      u[i + 2] = _mm256_shuffle_ps(t[i + 1], t[i + 3], _MM_SHUFFLE(1, 0, 1, 0));
+      u[i + 3] = _mm256_shuffle_ps(t[i + 1], t[i + 3], _MM_SHUFFLE(3, 2, 3, 2));
+    }
+    for (int i = 0; i < 4; ++i) {
+      r[i] = _mm256_permute2f128_ps(u[i], u[i + 4], 0x20);
+      r[i + 4] = _mm256_permute2f128_ps(u[i], u[i + 4], 0x31);
+    }
+  }
 #if defined(__AVX2__)
   static reg sub(reg a, reg b) { return _mm256_sub_ps(a, b); }
   // Bit patterns as 32-bit integer lanes.
@@ -222,6 +264,7 @@ struct simd<double> {
   static reg add(reg a, reg b) { return _mm512_add_pd(a, b); }
   static reg mul(reg a, reg b) { return _mm512_mul_pd(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm512_fmadd_pd(a, b, c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm512_fnmadd_pd(a, b, c); }
   static reg swap_pairs(reg v) { return _mm512_permute_pd(v, 0x55); }
   static reg alternate(double e, double o) { return _mm512_set_pd(o, e, o, e, o, e, o, e); }
 };
@@ -239,6 +282,7 @@ struct simd<float> {
   static reg add(reg a, reg b) { return _mm512_add_ps(a, b); }
   static reg mul(reg a, reg b) { return _mm512_mul_ps(a, b); }
   static reg mul_add(reg a, reg b, reg c) { return _mm512_fmadd_ps(a, b, c); }
+  static reg neg_mul_add(reg a, reg b, reg c) { return _mm512_fnmadd_ps(a, b, c); }
   static reg swap_pairs(reg v) { return _mm512_permute_ps(v, 0xb1); }
   static reg alternate(float e, float o) {
     return _mm512_set_ps(o, e, o, e, o, e, o, e, o, e, o, e, o, e, o, e);

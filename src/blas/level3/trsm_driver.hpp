@@ -16,8 +16,9 @@ namespace tav::blas {
 
 struct triangular_blocking {
   // Order of the diagonal blocks: the GEMM updates between them have this inner dimension, and
-  // the work on the diagonal grows with it (nb/m of the flops). 128 ran about 5% faster than
-  // 96 for dtrsm with m = n = 2000 on the avx2 path (interleaved with OpenBLAS, 2 cores).
+  // the work on the diagonal grows with it (nb/m of the flops). With the register kernels 96, 128
+  // and 192 ran within the noise of each other (a few percent) for dtrsm with m = n = 2000 on the
+  // avx2 path, interleaved on 1 thread; 128 keeps the kernels' stack rows and packed block small.
   static constexpr index nb = 128;
   // Used when the packing buffer cannot be allocated: small enough for the stack.
   static constexpr index fallback_nb = 16;

@@ -20,6 +20,6 @@ using triangular_block_kernel = void(const Real* packed, int64_t kb, const Real*
 static constexpr int64_t padded_order(int64_t kb) { return (kb + 3) / 4 * 4; }
 
 // The largest kb the kernels accept (their work space lives on the stack).
-constexpr int64_t triangular_max_order = 128;
+constexpr int64_t triangular_max_order = 192;
 
 }  // namespace tav::blas
