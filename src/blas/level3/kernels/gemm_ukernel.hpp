@@ -151,29 +151,31 @@ void ukernel_complex(index kc, cpx<R> alpha, const cpx<R>* a, index a_step, B b,
 #pragma unroll
     for (int j = 0; j < NR; ++j) {
       // Each part in every lane straight from memory, where a pair loaded once would cost two
-      // shuffles per column.
-      const reg br = b.template lanes_of<V>(j, 0), bi = b.template lanes_of<V>(j, 1);
+      // shuffles per column. The imaginary part only after the real part's products, so that
+      // one register holds both in turn (6x2 double on avx2 otherwise spilled accumulators).
+      const reg br = b.template lanes_of<V>(j, 0);
 #pragma unroll
-      for (int v = 0; v < MV; ++v) {
-        acc_r[v][j] = V::mul_add(av[v], br, acc_r[v][j]);
-        acc_i[v][j] = V::mul_add(av[v], bi, acc_i[v][j]);
-      }
+      for (int v = 0; v < MV; ++v) acc_r[v][j] = V::mul_add(av[v], br, acc_r[v][j]);
+      const reg bi = b.template lanes_of<V>(j, 1);
+#pragma unroll
+      for (int v = 0; v < MV; ++v) acc_i[v][j] = V::mul_add(av[v], bi, acc_i[v][j]);
     }
     ar += 2 * a_step;
     b.next();
   };
   for_each_row(kc, b, row);
-  // s = alpha·p = alpha_re·p + alpha_im·(-p_im, p_re).
+  // s = alpha·p = alpha_re·p + (-alpha_im, alpha_im)·swap(p). The factors ±1 and ±alpha_im are
+  // exact, so each sum rounds as acc_r + (-(ai·bi), ar·bi) and alpha_re·p + alpha_im·(-p_im, p_re).
   const reg sign = V::alternate(R(-1), R(1));
-  const reg xr = V::broadcast(alpha.re), xi = V::broadcast(alpha.im);
+  const reg xr = V::broadcast(alpha.re), xi = V::alternate(-alpha.im, alpha.im);
   const bool full = mm == MR && nn == NR;
   R t[2 * MR * NR];
 #pragma unroll
   for (int j = 0; j < NR; ++j)
 #pragma unroll
     for (int v = 0; v < MV; ++v) {
-      const reg p = V::add(acc_r[v][j], V::mul(sign, V::swap_pairs(acc_i[v][j])));
-      const reg s = V::mul_add(xi, V::mul(sign, V::swap_pairs(p)), V::mul(xr, p));
+      const reg p = V::mul_add(sign, V::swap_pairs(acc_i[v][j]), acc_r[v][j]);
+      const reg s = V::mul_add(xi, V::swap_pairs(p), V::mul(xr, p));
       if (full) {
         R* cv = &c[j * ldc].re + v * W;
         V::store(cv, V::add(V::load(cv), s));
