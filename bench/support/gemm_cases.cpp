@@ -100,6 +100,22 @@ void measure(const report& r, const char* section, const std::string& routine,
   table.add_row(row);
 }
 
+// One contender per library that has the routine `routine_of(library)` names: call(routine, out)
+// on the library's own copy of the output, outputs[l].
+template <class T, class RoutineOf, class Call>
+std::vector<contender> contenders_of(const std::vector<blas_library>& libraries,
+                                     std::vector<std::vector<T>>& outputs, RoutineOf routine_of,
+                                     Call call) {
+  std::vector<contender> contenders;
+  for (size_t l = 0; l < libraries.size(); ++l) {
+    const auto routine = routine_of(libraries[l]);
+    if (routine == nullptr) continue;
+    T* out = outputs[l].data();
+    contenders.push_back({&libraries[l], [=] { call(routine, out); }});
+  }
+  return contenders;
+}
+
 std::vector<std::string> header(const std::vector<blas_library>& libraries, const char* unit) {
   std::vector<std::string> h = {"routine", "shape", "threads"};
   for (const blas_library& l : libraries) h.push_back(l.name + " " + unit);
@@ -122,17 +138,12 @@ void gemm_case(const report& r, const char* section, const char* routine, int m,
                markdown_table& table) {
   const std::vector<T> a = random_matrix<T>(size_t(m) * k, 1), b = random_matrix<T>(size_t(k) * n, 2);
   std::vector<std::vector<T>> c(libraries.size(), random_matrix<T>(size_t(m) * n, 3));
-  std::vector<contender> contenders;
-  for (size_t l = 0; l < libraries.size(); ++l) {
-    auto routine_of = gemm_of<T>(libraries[l]);
-    if (routine_of == nullptr) continue;
-    T* cl = c[l].data();
-    contenders.push_back({&libraries[l], [=, &a, &b] {
-                            const T one(1);
-                            routine_of("N", "N", &m, &n, &k, &one, a.data(), &m, b.data(), &k,
-                                       &one, cl, &m);
-                          }});
-  }
+  const std::vector<contender> contenders = contenders_of(
+      libraries, c, [](const blas_library& l) { return gemm_of<T>(l); },
+      [&a, &b, m, n, k](auto routine, T* cl) {
+        const T one(1);
+        routine("N", "N", &m, &n, &k, &one, a.data(), &m, b.data(), &k, &one, cl, &m);
+      });
   const double flops = (std::is_floating_point_v<T> ? 2.0 : 8.0) * m * n * double(k);
   const std::string shape = format("%d x %d x %d", m, n, k);
   measure(r, section, routine, shape, std::max({m, n, k}), threads, flops, flops, large,
@@ -177,16 +188,11 @@ void small_section(const report& r, const std::vector<blas_library>& libraries) 
     const std::vector<double> a = random_matrix<double>(size_t(n) * n, 1),
                               b = random_matrix<double>(size_t(n) * n, 2);
     std::vector<std::vector<double>> c(libraries.size(), random_matrix<double>(size_t(n) * n, 3));
-    std::vector<contender> contenders;
-    for (size_t l = 0; l < libraries.size(); ++l) {
-      cblas_dgemm_routine* routine = libraries[l].cblas_dgemm;
-      if (routine == nullptr) continue;
-      double* cl = c[l].data();
-      contenders.push_back({&libraries[l], [=, &a, &b] {
-                              routine(102, 111, 111, n, n, n, 1.0, a.data(), n, b.data(), n, 1.0,
-                                      cl, n);
-                            }});
-    }
+    const std::vector<contender> contenders = contenders_of(
+        libraries, c, [](const blas_library& l) { return l.cblas_dgemm; },
+        [&a, &b, n](auto routine, double* cl) {
+          routine(102, 111, 111, n, n, n, 1.0, a.data(), n, b.data(), n, 1.0, cl, n);
+        });
     // "work" of one call is 1e3 so that work / seconds · 1e-9 reads in million calls per second.
     measure(r, "small", "cblas_dgemm", format("%d x %d x %d", n, n, n), n, 1, 1e3,
             2.0 * n * n * n, false, contenders, table);
@@ -203,16 +209,12 @@ void trsm_section(const report& r, const std::vector<blas_library>& libraries) {
   const std::vector<double> b0 = random_matrix<double>(size_t(n) * n, 2);
   std::vector<std::vector<double>> b(libraries.size(), b0);
   for (int threads : r.options.threads) {
-    std::vector<contender> contenders;
-    for (size_t l = 0; l < libraries.size(); ++l) {
-      dtrsm_routine* routine = libraries[l].dtrsm;
-      if (routine == nullptr) continue;
-      double* bl = b[l].data();
-      contenders.push_back({&libraries[l], [=, &a] {
-                              const double one = 1;
-                              routine("L", "L", "N", "N", &n, &n, &one, a.data(), &n, bl, &n);
-                            }});
-    }
+    const std::vector<contender> contenders = contenders_of(
+        libraries, b, [](const blas_library& l) { return l.dtrsm; },
+        [&a, n](auto routine, double* bl) {
+          const double one = 1;
+          routine("L", "L", "N", "N", &n, &n, &one, a.data(), &n, bl, &n);
+        });
     const double flops = double(n) * n * n;
     measure(r, "trsm", "DTRSM LLNN", format("%d x %d", n, n), n, threads, flops, flops, false,
             contenders, table);
@@ -232,16 +234,12 @@ void syrk_section(const report& r, const std::vector<blas_library>& libraries) {
   const std::vector<double> a = random_matrix<double>(size_t(n) * n, 1);
   std::vector<std::vector<double>> c(libraries.size(), random_matrix<double>(size_t(n) * n, 2));
   for (int threads : r.options.threads) {
-    std::vector<contender> contenders;
-    for (size_t l = 0; l < libraries.size(); ++l) {
-      dsyrk_routine* routine = libraries[l].dsyrk;
-      if (routine == nullptr) continue;
-      double* cl = c[l].data();
-      contenders.push_back({&libraries[l], [=, &a] {
-                              const double one = 1;
-                              routine("L", "N", &n, &n, &one, a.data(), &n, &one, cl, &n);
-                            }});
-    }
+    const std::vector<contender> contenders = contenders_of(
+        libraries, c, [](const blas_library& l) { return l.dsyrk; },
+        [&a, n](auto routine, double* cl) {
+          const double one = 1;
+          routine("L", "N", &n, &n, &one, a.data(), &n, &one, cl, &n);
+        });
     const double flops = double(n) * n * (n + 1);
     measure(r, "syrk", "DSYRK LN", format("%d x %d", n, n), n, threads, flops, flops, false,
             contenders, table);
