@@ -127,7 +127,8 @@ template <class E, int NR, class F>
 [[gnu::always_inline]] inline void with_b_sliver(const operand<E>& b, index pc, index kc, index jc,
                                                  index nn, E* scratch, F f) {
   if (nn == NR && !b.conj) {
-    f(strided_b<E>{b.at(pc, jc), b.trans ? b.ld : 1, b.trans ? 1 : b.ld});
+    if (b.trans) f(strided_b<E, true>{b.at(pc, jc), b.ld});
+    else f(strided_b<E, false>{b.at(pc, jc), b.ld});
   } else {
     pack_b<E, NR>(b, pc, kc, jc, nn, scratch);
     f(packed_b<E, NR>{scratch});

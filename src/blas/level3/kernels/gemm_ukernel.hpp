@@ -39,18 +39,22 @@ struct packed_b {
   void next() { p += NR * copies; }
 };
 
-// B read in place: element (l, j) of the sliver at p + l·step_l + j·step_j (no conjugation).
-template <class E>
+// B read in place, without conjugation: element (l, j) of the sliver at p + l + j·ld, or at
+// p + l·ld + j when op(B) is a transpose. One of the two steps is a constant 1, so the
+// unrolled k loop addresses its columns (or rows) off a few registers instead of a register per
+// (row, column) pair, which spilled.
+template <class E, bool Trans>
 struct strided_b {
   const E* p;
-  index step_l, step_j;
+  index ld;
   static constexpr int rows_per_request = 1;
   template <class V>
   typename V::reg lanes_of(int j, int part) const {
-    return V::broadcast_load(reinterpret_cast<const real_of<E>*>(p + j * step_j) + part);
+    const E* e = Trans ? p + j : p + j * ld;
+    return V::broadcast_load(reinterpret_cast<const real_of<E>*>(e) + part);
   }
   void request_ahead() const {}
-  void next() { p += step_l; }
+  void next() { p += Trans ? ld : 1; }
 };
 
 // Runs row(l) for l = 0, 1, ..., kc - 1 in order, letting B request its lines ahead once per
