@@ -153,7 +153,7 @@ struct height {
 // Calls f(height<H>) with the shortest register block H (whole vectors, at most MR) that covers
 // `rows`, so a thin edge of rows does not pay for a full MR-row block of zeros.
 template <class E, int H, int MR, class F>
-void with_height(index rows, F f) {
+[[gnu::always_inline]] inline void with_height(index rows, F f) {
   if constexpr (H >= MR) f(height<MR>{});
   else if (rows <= H) f(height<H>{});
   else with_height<E, H + lanes<E>(), MR>(rows, f);
@@ -204,17 +204,17 @@ void run_small(const problem<E>& p, const Part& part = {}) {
         // packing does not wait on memory.
         const bool stream_a = !p.a.trans && p.a.ld * kc > l2_elements<E>;
         const index next_rows = stream_a ? min_of(MR, p.m - ic - 2 * MR) : 0;
-        const index share = (kc * NR + p.n - 1) / p.n;
         for (index jc = 0; jc < p.n; jc += NR) {
           const index nn = min_of(NR, p.n - jc);
           if (next_rows > 0) {
-            const index l = jc / NR * share;
+            const index share = (kc * NR + p.n - 1) / p.n, l = jc / NR * share;
             for (index t = l; t < min_of(kc, l + share); ++t)
               prefetch_span<1>(p.a.at(ic + 2 * MR, pc + t), next_rows);
           }
           const auto run = [&](auto b) __attribute__((always_inline)) {
             E* const tile = p.c + ic + jc * p.ldc;
-            prefetch_tile(tile, p.ldc, mm, nn);
+            // A short k loop ends before a request for the tile could arrive.
+            if (kc >= 32) prefetch_tile(tile, p.ldc, mm, nn);
             update_tile<E, H, NR>(part, ic, jc, kc, p.alpha, a, a_step, b, tile, p.ldc, mm, nn);
           };
           with_b_sliver<E, NR>(p.b, pc, kc, jc, nn, b_sliver, run);
