@@ -10,7 +10,7 @@
 #include "blas/level3/gemm_entries.hpp"
 #include "blas/level3/gemm_routing.hpp"
 #include "child_process.hpp"
-#include "gemm_test_problem.hpp"
+#include "blas_test_data.hpp"
 
 namespace {
 
@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 template <class T>
 class GemmEntry : public testing::Test {};
-TYPED_TEST_SUITE(GemmEntry, gemm_types);
+TYPED_TEST_SUITE(GemmEntry, element_types);
 
 struct entry_shape {
   int64_t m, n, k;

@@ -1,7 +1,5 @@
-// The per-path serial matrix-product kernels tav_blas_<tag>_x?gemm, called directly on every
-// code path this processor can run: all transpositions, shapes on both sides of every blocking
-// edge of the path, special values, and bitwise agreement of split products on cnr_def; and the
-// one-triangle form x?gemmt.
+// The per-path serial matrix-product kernels x?gemm and x?gemmt, called directly on every path
+// this processor runs, around every blocking edge of the path.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -10,7 +8,7 @@
 #include "common/path_naming.hpp"
 #include "code_paths.hpp"
 #include "common/scalar_traits.hpp"
-#include "gemm_test_problem.hpp"
+#include "blas_test_data.hpp"
 
 // The path table itself, viewed from outside any path, for the block edges to straddle.
 #define TAV_PATH_NS params_view
@@ -32,23 +30,13 @@ namespace {
 using namespace tav::test;
 namespace params = tav::params_view::gemm;
 
-// The variant of `path` for element type T among one family's four tables (s, d, c, z).
-template <class T, class FS, class FD>
-auto of_type(int path, FS* const (&s)[8], FD* const (&d)[8], FS* const (&c)[8],
-             FD* const (&z)[8]) {
-  if constexpr (std::is_same_v<T, float>) return s[path];
-  else if constexpr (std::is_same_v<T, double>) return d[path];
-  else if constexpr (std::is_same_v<T, std::complex<float>>) return c[path];
-  else return z[path];
-}
-
 template <class T>
 tav::blas::xgemm_fn<tav::real_t<T>>* kernel_of(int path) {
   static constexpr tav::blas::xgemm_fn<float>* s[8] = {TAV_PATH_VARIANTS(blas, xsgemm)};
   static constexpr tav::blas::xgemm_fn<double>* d[8] = {TAV_PATH_VARIANTS(blas, xdgemm)};
   static constexpr tav::blas::xgemm_fn<float>* c[8] = {TAV_PATH_VARIANTS(blas, xcgemm)};
   static constexpr tav::blas::xgemm_fn<double>* z[8] = {TAV_PATH_VARIANTS(blas, xzgemm)};
-  return of_type<T>(path, s, d, c, z);
+  return by_type<T>(s[path], d[path], c[path], z[path]);
 }
 
 template <class T>
@@ -57,16 +45,13 @@ tav::blas::xgemmt_fn<tav::real_t<T>>* triangle_kernel_of(int path) {
   static constexpr tav::blas::xgemmt_fn<double>* d[8] = {TAV_PATH_VARIANTS(blas, xdgemmt)};
   static constexpr tav::blas::xgemmt_fn<float>* c[8] = {TAV_PATH_VARIANTS(blas, xcgemmt)};
   static constexpr tav::blas::xgemmt_fn<double>* z[8] = {TAV_PATH_VARIANTS(blas, xzgemmt)};
-  return of_type<T>(path, s, d, c, z);
+  return by_type<T>(s[path], d[path], c[path], z[path]);
 }
 
 template <class T>
 params::register_block block_of(int path) {
   const params::path_params& p = params::path_table[path];
-  if constexpr (std::is_same_v<T, float>) return p.s;
-  else if constexpr (std::is_same_v<T, double>) return p.d;
-  else if constexpr (std::is_same_v<T, std::complex<float>>) return p.c;
-  else return p.z;
+  return by_type<T>(p.s, p.d, p.c, p.z);
 }
 
 // Runs the path's kernel on the problem's operands, C in place; m, n, k as given.
@@ -86,7 +71,7 @@ void call_kernel(int path, gemm_problem<T>& p) {
 
 template <class T>
 class GemmKernels : public testing::Test {};
-TYPED_TEST_SUITE(GemmKernels, gemm_types);
+TYPED_TEST_SUITE(GemmKernels, element_types);
 
 // Every register-block edge (mr ± 1, nr ± 1) with short k, for all nine transposition pairs;
 // every m up to mr + 1, since the small strategy gives an edge of rows the shortest block of

@@ -1,7 +1,5 @@
-// The per-path serial matrix product's shape decisions: the blocking factors kb, mb, nb and the
-// strategy each shape takes, with the avx2 constants; then every route reached by a shape of its
-// own, counted (the kernel's route counters must move for that route alone, and the product must
-// still match the long-double reference) on every code path this processor can run.
+// The serial matrix product's blocking factors and strategies, and every route reached by a shape
+// of its own (its counter alone moves, the product matches the reference) on every path.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,7 +9,7 @@
 #include "code_paths.hpp"
 #include "common/path_naming.hpp"
 #include "common/scalar_traits.hpp"
-#include "gemm_test_problem.hpp"
+#include "blas_test_data.hpp"
 
 #define TAV_PATH_NS avx2_view
 #define TAV_PATH_ID 5

@@ -1,7 +1,5 @@
-// Threading of the general matrix product: the thread-count formulas, the grids that cut C, and
-// products on one and two threads (stripes, version-1 and version-2 routes, nested regions)
-// against the serial kernel, bitwise on the reproducible path; with each code path forced, also
-// the entry's routes that do not reach the matrix-product kernel.
+// Threading of the matrix product: thread counts, grids, and products on one and two threads
+// against the serial kernel (bitwise on the reproducible path) with each path forced.
 #include <omp.h>
 #include <tav/tav_threads.h>
 
@@ -12,7 +10,7 @@
 #include "blas/level3/gemm_entries.hpp"
 #include "blas/level3/gemm_partition.hpp"
 #include "child_process.hpp"
-#include "gemm_test_problem.hpp"
+#include "blas_test_data.hpp"
 
 namespace {
 
@@ -102,12 +100,7 @@ template <class T>
 void call_serial(gemm_problem<T>& p) {
   using R = tav::real_t<T>;
   auto r = [](const T* x) { return reinterpret_cast<const R*>(x); };
-  auto* kernel = [] {
-    if constexpr (std::is_same_v<T, float>) return tav_blas_xsgemm;
-    else if constexpr (std::is_same_v<T, double>) return tav_blas_xdgemm;
-    else if constexpr (std::is_same_v<T, std::complex<float>>) return tav_blas_xcgemm;
-    else return tav_blas_xzgemm;
-  }();
+  auto* kernel = by_type<T>(tav_blas_xsgemm, tav_blas_xdgemm, tav_blas_xcgemm, tav_blas_xzgemm);
   kernel(&p.transa, &p.transb, &p.m, &p.n, &p.k, r(&p.alpha), r(p.a.data()), &p.lda,
          r(p.b.data()), &p.ldb, r(&p.beta), reinterpret_cast<R*>(p.c.data()), &p.ldc);
 }

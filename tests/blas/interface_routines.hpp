@@ -11,55 +11,19 @@
 namespace tav::test {
 
 template <class C>
-struct routines;
-
-template <>
-struct routines<float> {
-  static constexpr char letter = 'S';
-  static constexpr auto gemm = SGEMM;
-  static constexpr auto trsm = STRSM;
-  static constexpr auto axpy = SAXPY;
-  static constexpr auto scal = SSCAL;
-  static constexpr auto cblas_gemm = cblas_sgemm;
-  static constexpr auto cblas_trsm = cblas_strsm;
-  static constexpr auto cblas_axpy = cblas_saxpy;
-  static constexpr auto cblas_scal = cblas_sscal;
-};
-template <>
-struct routines<double> {
-  static constexpr char letter = 'D';
-  static constexpr auto gemm = DGEMM;
-  static constexpr auto trsm = DTRSM;
-  static constexpr auto axpy = DAXPY;
-  static constexpr auto scal = DSCAL;
-  static constexpr auto cblas_gemm = cblas_dgemm;
-  static constexpr auto cblas_trsm = cblas_dtrsm;
-  static constexpr auto cblas_axpy = cblas_daxpy;
-  static constexpr auto cblas_scal = cblas_dscal;
-};
-template <>
-struct routines<tav_complex8> {
-  static constexpr char letter = 'C';
-  static constexpr auto gemm = CGEMM;
-  static constexpr auto trsm = CTRSM;
-  static constexpr auto axpy = CAXPY;
-  static constexpr auto scal = CSCAL;
-  static constexpr auto cblas_gemm = cblas_cgemm;
-  static constexpr auto cblas_trsm = cblas_ctrsm;
-  static constexpr auto cblas_axpy = cblas_caxpy;
-  static constexpr auto cblas_scal = cblas_cscal;
-};
-template <>
-struct routines<tav_complex16> {
-  static constexpr char letter = 'Z';
-  static constexpr auto gemm = ZGEMM;
-  static constexpr auto trsm = ZTRSM;
-  static constexpr auto axpy = ZAXPY;
-  static constexpr auto scal = ZSCAL;
-  static constexpr auto cblas_gemm = cblas_zgemm;
-  static constexpr auto cblas_trsm = cblas_ztrsm;
-  static constexpr auto cblas_axpy = cblas_zaxpy;
-  static constexpr auto cblas_scal = cblas_zscal;
+struct routines {
+  static constexpr auto gemm = by_c_type<C>(SGEMM, DGEMM, CGEMM, ZGEMM);
+  static constexpr auto trsm = by_c_type<C>(STRSM, DTRSM, CTRSM, ZTRSM);
+  static constexpr auto axpy = by_c_type<C>(SAXPY, DAXPY, CAXPY, ZAXPY);
+  static constexpr auto scal = by_c_type<C>(SSCAL, DSCAL, CSCAL, ZSCAL);
+  static constexpr auto cblas_gemm =
+      by_c_type<C>(cblas_sgemm, cblas_dgemm, cblas_cgemm, cblas_zgemm);
+  static constexpr auto cblas_trsm =
+      by_c_type<C>(cblas_strsm, cblas_dtrsm, cblas_ctrsm, cblas_ztrsm);
+  static constexpr auto cblas_axpy =
+      by_c_type<C>(cblas_saxpy, cblas_daxpy, cblas_caxpy, cblas_zaxpy);
+  static constexpr auto cblas_scal =
+      by_c_type<C>(cblas_sscal, cblas_dscal, cblas_cscal, cblas_zscal);
 };
 
 // CBLAS takes a real scalar by value and a complex one by address.
@@ -82,29 +46,6 @@ std::vector<C> triangular(int n, int ld, bool upper, int seed) {
       if (upper ? i > j : i < j) a[static_cast<size_t>(i + j * ld)] = make<C>(1000);
   }
   return a;
-}
-
-// Element (i, j) of op(X) for column-major X; trans 'N', 'T' or 'C'.
-template <class C>
-std_t<C> op_at(char trans, const C* x, int ld, int i, int j) {
-  if (trans == 'N') return to_std(x[i + j * ld]);
-  std_t<C> v = to_std(x[j + i * ld]);
-  if constexpr (!is_real_v<C>) {
-    if (trans == 'C') v = std::conj(v);
-  }
-  return v;
-}
-
-// C := alpha·op(A)·op(B) + beta·C, column-major.
-template <class C>
-void reference_gemm(char transa, char transb, int m, int n, int k, C alpha, const C* a, int lda,
-                    const C* b, int ldb, C beta, C* c, int ldc) {
-  for (int j = 0; j < n; ++j)
-    for (int i = 0; i < m; ++i) {
-      std_t<C> sum = 0;
-      for (int l = 0; l < k; ++l) sum += op_at(transa, a, lda, i, l) * op_at(transb, b, ldb, l, j);
-      c[i + j * ldc] = from_std<C>(to_std(alpha) * sum + to_std(beta) * to_std(c[i + j * ldc]));
-    }
 }
 
 // B := alpha·op(A)^-1·B (side 'L') or alpha·B·op(A)^-1 (side 'R'), column-major, by solving for

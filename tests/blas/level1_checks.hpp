@@ -9,7 +9,7 @@
 #include <string>
 
 #include "guarded_buffer.hpp"
-#include "reference_level1.hpp"
+#include "reference.hpp"
 
 namespace tav::test {
 
@@ -74,7 +74,7 @@ std::string check_dot(int64_t n, int64_t incx, int64_t incy, bool conjugate,
   guarded_vector<T> x = random_vector<T>(n, incx, rng), y = random_vector<T>(n, incy, rng);
   const auto wx = widened(n, x.data(), incx), wy = widened(n, y.data(), incy);
   const T got = dot(n, x.data(), incx, y.data(), incy);
-  const wide_of<T> want = ref_dot(wx, wy, conjugate);
+  const wide_t<T> want = ref_dot(wx, wy, conjugate);
   const long double scale = ref_dot(magnitudes(wx), magnitudes(wy), false);
   if (!close(got, want, scale, 2.0L * n + 4)) {
     std::ostringstream detail;

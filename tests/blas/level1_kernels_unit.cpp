@@ -1,6 +1,5 @@
-// The level-1 kernels (axpy, dot, dotc, scal and the real-alpha complex scal) of every code path
-// this processor runs, called directly, for the four element types against long-double
-// references, with guard bands around every vector.
+// Every runnable path's level-1 kernels (axpy, dot, dotc, scal, real-alpha complex scal), called
+// directly for the four element types against long-double references inside guard bands.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -58,11 +57,8 @@ const int64_t sizes[] = {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64,
 const std::pair<int64_t, int64_t> increments[] = {{1, 1}, {2, 1}, {1, 3}, {-1, -1}, {-1, 1},
                                                   {-3, 2}, {2, -2}, {0, 1}, {1, 0}};
 
-class KernelPath : public testing::TestWithParam<int> {
+class KernelPath : public path_test {
  protected:
-  void SetUp() override {
-    if (!path_runs(GetParam())) GTEST_SKIP() << path_tags[GetParam()] << " does not run here";
-  }
   std::mt19937_64 rng{0x1e7e11u + static_cast<unsigned>(GetParam())};
 };
 
@@ -159,7 +155,6 @@ TEST_P(KernelPath, SpecialValues) {
   EXPECT_EQ(result, inf);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryPath, KernelPath, testing::Range(0, 8),
-                         [](const testing::TestParamInfo<int>& info) { return std::string(path_tags[info.param]); });
+INSTANTIATE_TEST_SUITE_P(EveryPath, KernelPath, testing::Range(0, 8), path_name);
 
 }  // namespace

@@ -1,8 +1,5 @@
-// The level-1 routines for the four element types against long-double references, with guard
-// bands around every vector: the drivers axpy, dot, dotc, scal and scal_real around the thread
-// thresholds, their quick returns and IEEE special values, and the C entries of the real-alpha
-// complex scalings; the serial routines that LAPACK uses (copy, swap, asum, iamax, nrm2, rot) with
-// increments of either sign and zero, and nrm2 at the ends of the exponent range.
+// The level-1 drivers and serial routines for the four types against long-double references,
+// with guard bands around every vector.
 #include <gtest/gtest.h>
 
 #include <cmath>

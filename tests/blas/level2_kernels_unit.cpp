@@ -1,16 +1,14 @@
-// The per-path level-2 kernels (gemv 'N', gemv 'T'/'C', rank-1 update with beta), called
-// directly for every code path this processor runs, against the long-double reference: sizes
-// around each path's pack width, four-column groups and 1024-row blocks, strided and reversed
-// vectors, padded leading dimensions, and beta = 0 over NaN.
+// The per-path level-2 kernels (gemv 'N', 'T'/'C', rank-1 update with beta) on every path this
+// processor runs, against the long-double reference.
 #include <gtest/gtest.h>
 
 #include "blas/level2/level2_kernels.hpp"
-#include "level2_test_data.hpp"
+#include "blas_test_data.hpp"
 
 namespace {
 
 using namespace tav::test;
-namespace ref = tav::test::level2_ref;
+namespace ref = tav::test;
 // The per-path entries, declared with the dispatch slots in tav::blas.
 using namespace tav::blas;
 
@@ -59,7 +57,7 @@ const std::pair<int64_t, int64_t> increment_pairs[] = {{1, 1}, {2, -1}, {-2, 2},
 
 template <class T>
 class Level2Kernels : public testing::Test {};
-TYPED_TEST_SUITE(Level2Kernels, level2_types);
+TYPED_TEST_SUITE(Level2Kernels, element_types);
 
 // Element 0 of a guarded strided vector, where the kernels take it.
 template <class T>
@@ -82,7 +80,7 @@ TYPED_TEST(Level2Kernels, GemvMatchesReferenceOnEveryPath) {
           const std::vector<T> x = ref::random_vector<T>(len_x, rng);
           const std::vector<T> y = ref::random_vector<T>(len_y, rng);
           const T alpha = ref::random_value<T>(rng);
-          const auto want = ref::gemv(trans, m, n, alpha, a.data(), a.ld(), x, T(1), y);
+          const auto want = reference_gemv(trans, m, n, alpha, a.data(), a.ld(), x, T(1), y);
           guarded_vector<T> gx = strided(x, incx), gy = strided(y, incy);
           if (no_trans)
             path_kernels<T>::gemv_n[id](m, n, reals(&alpha), reals(a.data()), a.ld(),
@@ -112,13 +110,13 @@ TYPED_TEST(Level2Kernels, RankOneMatchesReferenceOnEveryPath) {
             // beta = 0 must not read A.
             if (beta == T(0))
               for (int64_t j = 0; j < n; ++j)
-                for (int64_t i = 0; i < m; ++i) a(i, j) = quiet_nan<T>();
+                for (int64_t i = 0; i < m; ++i) a(i, j) = nan_value<T>();
             const std::vector<T> x = ref::random_vector<T>(m, rng);
             const std::vector<T> y = ref::random_vector<T>(n, rng);
             const T alpha = ref::random_value<T>(rng);
-            const bool conj_y = conj && ref::is_complex<T>;
+            const bool conj_y = conj && complex_v<T>;
             const auto want =
-                ref::rank_update(conj_y, m, n, alpha, x, y, T(0), {}, {}, beta, a.data(), a.ld());
+                reference_ger(conj_y, m, n, alpha, x, y, T(0), {}, {}, beta, a.data(), a.ld());
             guarded_vector<T> gx = strided(x, incx), gy = strided(y, incy);
             path_kernels<T>::rank1[id](m, n, reals(&alpha), reals(element0(gx)), incx,
                                        reals(element0(gy)), incy, reals(&beta), reals(a.data()),

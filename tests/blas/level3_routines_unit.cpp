@@ -1,11 +1,5 @@
-// The level-3 routines beside the matrix product, in the four types. The triangular product and
-// solve for every side, triangle, transpose and diagonal at sizes around the block size: the
-// product against the long-double reference, the solve by its long-double residual; alpha = 0
-// with NaN in A, and lower-case arguments. The symmetric and Hermitian rank-k and rank-2k updates
-// (syrk, herk, syr2k, her2k) against the long-double reference for both triangles and every
-// transpose each routine takes, at sizes around the diagonal block, with alpha and beta of 0, 1
-// and general values: the triangle that is not referenced must stay bit for bit, and beta = 0
-// must not read C.
+// trmm, trsm, syrk, herk, syr2k and her2k for the four types against the long-double reference
+// (trsm by its residual), with NaN wherever a routine must not read.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -18,8 +12,8 @@
 #include "blas/level3/syrk_triangle_update.hpp"
 #include "blas/level3/trsm_driver.hpp"
 #include "guarded_buffer.hpp"
-#include "level3_test_data.hpp"
-#include "reference_level3_ext.hpp"
+#include "blas_test_data.hpp"
+#include "reference.hpp"
 
 namespace {
 
@@ -118,7 +112,7 @@ TEST_P(TriangularElementType, ZeroAlphaClearsBWithoutReadingA) {
           for (const char side : {'L', 'R'}) {
             SCOPED_TRACE(routine_name(r) + " " + side + options);
             const int64_t order = side == 'L' ? s.m : s.n;
-            const std::vector<T> a(static_cast<size_t>(order * order), nan_element<T>());
+            const std::vector<T> a(static_cast<size_t>(order * order), nan_value<T>());
             guarded_matrix<T> b(s.m, s.n, s.m + 2);
             fill_random(g, b);
             call(r, side, options[0], options[1], options[2], s.m, s.n, T(0), a.data(), order,
@@ -202,36 +196,32 @@ const update_shape update_shapes[] = {
 
 template <class T>
 void run_routine(const rank_case& c, int64_t n, int64_t k, T alpha, T beta, const T* a, int64_t lda,
-                 const T* b, int64_t ldb, T* out, int64_t ldc, std::vector<long double>* bound,
-                 bool reference) {
+                 const T* b, int64_t ldb, T* out, int64_t ldc) {
   if constexpr (tav::is_complex_v<T>) {
-    const tav::real_t<T> ra = alpha.real(), rb = beta.real();
-    if (c.r == update::herk) {
-      if (reference)
-        *bound = reference_herk(c.uplo, c.trans, n, k, ra, a, lda, rb, out, ldc);
-      else
-        tav::blas::herk<T>(c.uplo, c.trans, n, k, ra, a, lda, rb, out, ldc);
-      return;
-    }
-    if (c.r == update::her2k) {
-      if (reference)
-        *bound = reference_her2k(c.uplo, c.trans, n, k, alpha, a, lda, b, ldb, rb, out, ldc);
-      else
-        tav::blas::her2k<T>(c.uplo, c.trans, n, k, alpha, a, lda, b, ldb, rb, out, ldc);
-      return;
-    }
+    if (c.r == update::herk)
+      return tav::blas::herk<T>(c.uplo, c.trans, n, k, alpha.real(), a, lda, beta.real(), out, ldc);
+    if (c.r == update::her2k)
+      return tav::blas::her2k<T>(c.uplo, c.trans, n, k, alpha, a, lda, b, ldb, beta.real(), out,
+                                 ldc);
   }
-  if (c.r == update::syrk) {
-    if (reference)
-      *bound = reference_syrk(c.uplo, c.trans, n, k, alpha, a, lda, beta, out, ldc);
-    else
-      tav::blas::syrk<T>(c.uplo, c.trans, n, k, alpha, a, lda, beta, out, ldc);
-  } else {
-    if (reference)
-      *bound = reference_syr2k(c.uplo, c.trans, n, k, alpha, a, lda, b, ldb, beta, out, ldc);
-    else
-      tav::blas::syr2k<T>(c.uplo, c.trans, n, k, alpha, a, lda, b, ldb, beta, out, ldc);
-  }
+  if (c.r == update::syrk) tav::blas::syrk<T>(c.uplo, c.trans, n, k, alpha, a, lda, beta, out, ldc);
+  else tav::blas::syr2k<T>(c.uplo, c.trans, n, k, alpha, a, lda, b, ldb, beta, out, ldc);
+}
+
+// The same update through reference_rank_update: op(X)·op(Y) terms {alpha, X, Y}.
+template <class T>
+std::vector<long double> run_reference(const rank_case& c, int64_t n, int64_t k, T alpha, T beta,
+                                       const T* a, int64_t lda, const T* b, int64_t ldb, T* out) {
+  const bool hermitian = c.r == update::herk || c.r == update::her2k;
+  // The Hermitian updates take real alpha (herk) and real beta: the real parts are used.
+  if (hermitian) beta = T(std::real(beta));
+  if (c.r == update::herk) alpha = T(std::real(alpha));
+  const bool two = c.r == update::syr2k || c.r == update::her2k;
+  std::vector<std::tuple<T, const T*, int64_t, const T*, int64_t>> terms{
+      {alpha, a, lda, two ? b : a, two ? ldb : lda}};
+  if (two) terms.emplace_back(conj_if(alpha, hermitian), b, ldb, a, lda);
+  return reference_rank_update<T>(c.uplo, c.trans, hermitian ? 'C' : 'T', n, k, terms, beta, out,
+                                  n);
 }
 
 template <class T>
@@ -242,8 +232,8 @@ void check_update(const rank_case& c, update_shape s, T alpha, T beta, uint64_t 
   const bool plain = c.trans == 'N';
   const int64_t rows = plain ? s.n : s.k, cols = plain ? s.k : s.n;
   const int64_t lda = rows + 2, ldb = rows + 5;
-  std::vector<T> a(static_cast<size_t>(lda * (cols > 0 ? cols : 1)), nan_element<T>());
-  std::vector<T> b(static_cast<size_t>(ldb * (cols > 0 ? cols : 1)), nan_element<T>());
+  std::vector<T> a(static_cast<size_t>(lda * (cols > 0 ? cols : 1)), nan_value<T>());
+  std::vector<T> b(static_cast<size_t>(ldb * (cols > 0 ? cols : 1)), nan_value<T>());
   fill_random(g, rows, cols, a.data(), lda);
   fill_random(g, rows, cols, b.data(), ldb);
   guarded_matrix<T> out(s.n, s.n, s.n + 3);
@@ -252,16 +242,14 @@ void check_update(const rank_case& c, update_shape s, T alpha, T beta, uint64_t 
   // beta = 0 must not read the referenced triangle: NaN there would show.
   if (beta == T(0)) {
     for (int64_t j = 0; j < s.n; ++j) {
-      for (int64_t i = upper ? 0 : j; i < (upper ? j + 1 : s.n); ++i) out(i, j) = nan_element<T>();
+      for (int64_t i = upper ? 0 : j; i < (upper ? j + 1 : s.n); ++i) out(i, j) = nan_value<T>();
     }
   }
   const std::vector<T> before = contents(out);
   std::vector<T> want = before;
-  std::vector<long double> bound;
-  run_routine<T>(c, s.n, s.k, alpha, beta, a.data(), lda, b.data(), ldb, want.data(), s.n, &bound,
-                 true);
-  run_routine<T>(c, s.n, s.k, alpha, beta, a.data(), lda, b.data(), ldb, out.data(), out.ld(),
-                 nullptr, false);
+  const std::vector<long double> bound =
+      run_reference<T>(c, s.n, s.k, alpha, beta, a.data(), lda, b.data(), ldb, want.data());
+  run_routine<T>(c, s.n, s.k, alpha, beta, a.data(), lda, b.data(), ldb, out.data(), out.ld());
   EXPECT_TRUE(out.intact());
   const int64_t terms = c.r == update::syr2k || c.r == update::her2k ? 2 : 1;
   EXPECT_LT(gemm_error_ratio(s.n, s.n, terms * s.k, out.data(), out.ld(), want.data(), bound),

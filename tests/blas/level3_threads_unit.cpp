@@ -1,8 +1,5 @@
-// The level-3 routines beside the matrix product give the same results on one and on two
-// threads of the BLAS domain, within rounding on every code path this processor runs and bit for
-// bit in the reproducible mode: each setting runs in a child process of its own (the thread
-// count and CPU type are read once per process) on problems large enough to be split. Calls
-// made from the threads of a parallel region work on their own data as a lone call does.
+// The level-3 routines beside the matrix product on one and two threads, each setting in a child:
+// within rounding on every path, bit for bit in the reproducible mode.
 #include <gtest/gtest.h>
 #include <omp.h>
 #include <tav/tav_threads.h>
@@ -20,7 +17,7 @@
 #include "blas/level3/trsm_driver.hpp"
 #include "child_process.hpp"
 #include "code_paths.hpp"
-#include "level3_test_data.hpp"
+#include "blas_test_data.hpp"
 
 namespace {
 
@@ -106,11 +103,10 @@ two_runs run_both(const env_list& extra) {
   return runs;
 }
 
-class Level3ThreadsOnPath : public testing::TestWithParam<int> {};
+using Level3ThreadsOnPath = path_test;
 
 // Forced to each CPU type this processor runs (the type is detected once per process).
 TEST_P(Level3ThreadsOnPath, OneAndTwoThreadsAgreeWithinRounding) {
-  if (!path_runs(GetParam())) GTEST_SKIP() << "CPU type " << GetParam() << " does not run here";
   const two_runs runs = run_both({{"TAV_DEBUG_CPU_TYPE", std::to_string(GetParam())}});
   const std::vector<double>& x1 = runs.serial;
   const std::vector<double>& x2 = runs.parallel;

@@ -1,6 +1,5 @@
-// The diagonal-block kernels of the triangular solve and product on every code path this
-// processor runs, called directly for the four element types: orders around the row block of 4,
-// any number of right-hand sides, rows visited in either direction, against long double.
+// Every runnable path's diagonal-block kernels of trsm and trmm, called directly for the four
+// types around the row block of 4, rows in either direction, against long double.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,45 +10,29 @@
 #include "common/scalar_traits.hpp"
 #include "code_paths.hpp"
 #include "guarded_buffer.hpp"
-#include "level3_test_data.hpp"
-#include "reference_level3.hpp"
+#include "blas_test_data.hpp"
+#include "reference.hpp"
 
 namespace {
 
 using namespace tav::blas;  // the kernel type and each family's variants
 using namespace tav::test;
 
-// Each family's eight variants in path-id order.
+// The block kernel of `path` for T: the product (solve = false) or the solve.
 template <class T>
-struct family;
-template <>
-struct family<float> {
-  static constexpr triangular_block_kernel<float>* solve[8] = {
-      TAV_PATH_VARIANTS(blas, xstrsm_block)};
-  static constexpr triangular_block_kernel<float>* multiply[8] = {
-      TAV_PATH_VARIANTS(blas, xstrmm_block)};
-};
-template <>
-struct family<double> {
-  static constexpr triangular_block_kernel<double>* solve[8] = {
-      TAV_PATH_VARIANTS(blas, xdtrsm_block)};
-  static constexpr triangular_block_kernel<double>* multiply[8] = {
-      TAV_PATH_VARIANTS(blas, xdtrmm_block)};
-};
-template <>
-struct family<std::complex<float>> {
-  static constexpr triangular_block_kernel<float>* solve[8] = {
-      TAV_PATH_VARIANTS(blas, xctrsm_block)};
-  static constexpr triangular_block_kernel<float>* multiply[8] = {
-      TAV_PATH_VARIANTS(blas, xctrmm_block)};
-};
-template <>
-struct family<std::complex<double>> {
-  static constexpr triangular_block_kernel<double>* solve[8] = {
-      TAV_PATH_VARIANTS(blas, xztrsm_block)};
-  static constexpr triangular_block_kernel<double>* multiply[8] = {
-      TAV_PATH_VARIANTS(blas, xztrmm_block)};
-};
+triangular_block_kernel<real_of<T>>* block_kernel(int path, bool solve) {
+  using Fs = triangular_block_kernel<float>*;
+  using Fd = triangular_block_kernel<double>*;
+  static constexpr Fs s[2][8] = {{TAV_PATH_VARIANTS(blas, xstrmm_block)},
+                                 {TAV_PATH_VARIANTS(blas, xstrsm_block)}};
+  static constexpr Fd d[2][8] = {{TAV_PATH_VARIANTS(blas, xdtrmm_block)},
+                                 {TAV_PATH_VARIANTS(blas, xdtrsm_block)}};
+  static constexpr Fs c[2][8] = {{TAV_PATH_VARIANTS(blas, xctrmm_block)},
+                                 {TAV_PATH_VARIANTS(blas, xctrsm_block)}};
+  static constexpr Fd z[2][8] = {{TAV_PATH_VARIANTS(blas, xztrmm_block)},
+                                 {TAV_PATH_VARIANTS(blas, xztrsm_block)}};
+  return by_type<T>(s[solve][path], d[solve][path], c[solve][path], z[solve][path]);
+}
 
 // A packed lower triangle of order kb as the drivers pack it: off-diagonal entries of size at
 // most 1/kb, diagonal of modulus 2 to 3 (its reciprocal for a solve), identity padding, and
@@ -57,17 +40,17 @@ struct family<std::complex<double>> {
 template <class T>
 std::vector<T> packed_triangle(std::mt19937_64& g, int64_t kb, bool solve) {
   const int64_t n = padded_order(kb);
-  std::vector<T> l(static_cast<size_t>(n * n), nan_element<T>());
+  std::vector<T> l(static_cast<size_t>(n * n), nan_value<T>());
   for (int64_t c = 0; c < n; ++c) {
     for (int64_t r = c; r < n; ++r) {
       T& x = l[static_cast<size_t>(r + c * n)];
       if (c >= kb || r >= kb)
         x = r == c ? T(1) : T(0);
       else if (r == c)
-        x = solve ? T(1) / (T(2.5) + T(0.5) * random_element<T>(g))
-                  : T(2.5) + T(0.5) * random_element<T>(g);
+        x = solve ? T(1) / (T(2.5) + T(0.5) * random_value<T>(g))
+                  : T(2.5) + T(0.5) * random_value<T>(g);
       else
-        x = random_element<T>(g) / T(static_cast<float>(kb));
+        x = random_value<T>(g) / T(static_cast<float>(kb));
     }
   }
   return l;
@@ -115,7 +98,7 @@ TEST_P(TriangularBlockKernel, MatchesLongDouble) {
   with_element_type(std::get<1>(GetParam()), [&](auto tag) {
     using T = decltype(tag);
     using Real = tav::real_t<T>;
-    auto* kernel = solve ? family<T>::solve[path] : family<T>::multiply[path];
+    auto* kernel = block_kernel<T>(path, solve);
     std::mt19937_64 g(42);
     for (const int64_t kb : {1, 3, 4, 5, 8, 17, 95, 96, 128}) {
       for (const int64_t cols : {1, 3, 4, 5, 9, 17}) {
@@ -149,8 +132,8 @@ TEST_P(TriangularBlockKernel, MatchesLongDouble) {
             for (int64_t j = 0; j < cols; ++j) {
               for (int64_t r = 0; r < kb; ++r) {
                 const wide_t<T> w = want[static_cast<size_t>(r + j * kb)];
-                largest = std::max(largest, wide_abs1(w));
-                worst = std::max(worst, wide_abs1(widen(element(r, j)) - w));
+                largest = std::max(largest, magnitude(w));
+                worst = std::max(worst, magnitude(widen(element(r, j)) - w));
               }
             }
             // Condition near 1: a few rounding errors per term of the order-kb recurrence.

@@ -15,24 +15,14 @@
 #include <vector>
 
 #include "guarded_buffer.hpp"
+#include "reference.hpp"
 
 namespace tav::test::omatcopy {
 
 using index = int64_t;
 
-template <class T>
-inline constexpr bool is_complex = !std::is_floating_point_v<T>;
-
-template <class T>
-struct real_of {
-  using type = T;
-};
-template <class R>
-struct real_of<std::complex<R>> {
-  using type = R;
-};
-template <class T>
-using real_t = typename real_of<T>::type;
+using tav::test::complex_v;
+using tav::test::real_of;
 
 // The two-real struct that the C entries take for T.
 template <class T>
@@ -109,10 +99,10 @@ inline shape shape_of(const call& c) {
 // shows.
 template <class T>
 T operand(index k) {
-  using R = real_t<T>;
+  using R = real_of<T>;
   const double u = std::ldexp(static_cast<double>((k * 2654435761u) % 1000003u), -20);
   const double v = std::ldexp(static_cast<double>((k * 40503u + 17u) % 999983u), -19);
-  if constexpr (is_complex<T>)
+  if constexpr (complex_v<T>)
     return T(static_cast<R>(1 + u), static_cast<R>(v - 0.9));
   else
     return static_cast<R>(u - 0.3);
@@ -121,7 +111,7 @@ T operand(index k) {
 // alpha·op(x) as one product: (ar·xr - ai·xi, ar·xi + ai·xr), each product rounded alone.
 template <class T>
 T reference(T alpha, T x, bool conj, bool pure) {
-  if constexpr (is_complex<T>) {
+  if constexpr (complex_v<T>) {
     using R = typename T::value_type;
     if (conj) x = T(x.real(), -x.imag());
     if (pure) return x;
@@ -137,7 +127,7 @@ T reference(T alpha, T x, bool conj, bool pure) {
 
 template <class T>
 bool same(T x, T y) {
-  if constexpr (is_complex<T>)
+  if constexpr (complex_v<T>)
     return same(x.real(), y.real()) && same(x.imag(), y.imag());
   else
     return (std::isnan(x) && std::isnan(y)) || std::memcmp(&x, &y, sizeof x) == 0;
@@ -159,7 +149,7 @@ testing::AssertionResult check_call(Entry&& entry, const call& c, T alpha) {
   entry(c.ordering, c.trans, c.rows, c.cols, alpha, a.data(), s.lda, c.sa, b.data(), s.ldb, c.sb,
         c.stream);
   if (!b.intact()) return testing::AssertionFailure() << describe(c) << ": wrote outside B";
-  const bool conj = is_complex<T> && conjugates(c);
+  const bool conj = complex_v<T> && conjugates(c);
   for (index line = 0; line < s.b_lines; ++line)
     for (index k = 0; k < b.rows(); ++k) {
       const T got = b(k, line);

@@ -52,9 +52,9 @@ auto internal_entry() {
 template <class T>
 void letters_sizes_and_alpha(const char* name) {
   SCOPED_TRACE(name);
-  const T nan(std::numeric_limits<real_t<T>>::quiet_NaN());
+  const T nan(std::numeric_limits<real_of<T>>::quiet_NaN());
   T scaled;
-  if constexpr (is_complex<T>)
+  if constexpr (complex_v<T>)
     scaled = T(-0.5f, 2.25f);
   else
     scaled = T(2);

@@ -1,6 +1,5 @@
-// The sequential copy and transpose of every code path this processor runs, called through the
-// per-path entries: all letters, sizes 1..20 and odd larger ones, leading dimensions and element
-// strides beyond the minimum, pure and scaling alpha, NaN alpha, stores that bypass the cache.
+// Every runnable path's sequential copy and transpose through the per-path entries: all letters,
+// sizes, leading dimensions and strides, pure, scaling and NaN alpha, streaming stores.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -19,51 +18,29 @@ using tav::test::omatcopy::index;  // not the C library's index()
 using cfloat = std::complex<float>;
 using cdouble = std::complex<double>;
 
-// The eight variants of each type in path-id order.
-template <class T>
-struct variants;
-template <>
-struct variants<float> {
-  static constexpr entry_fn<float>* table[8] = {TAV_PATH_VARIANTS(blas, somatcopy2_seq)};
-};
-template <>
-struct variants<double> {
-  static constexpr entry_fn<double>* table[8] = {TAV_PATH_VARIANTS(blas, domatcopy2_seq)};
-};
-template <>
-struct variants<cfloat> {
-  static constexpr entry_fn<cfloat>* table[8] = {TAV_PATH_VARIANTS(blas, comatcopy2_seq)};
-};
-template <>
-struct variants<cdouble> {
-  static constexpr entry_fn<cdouble>* table[8] = {TAV_PATH_VARIANTS(blas, zomatcopy2_seq)};
-};
-
 // Path `path`'s entry for T, with the std::complex operands of the tests.
 template <class T>
 auto entry_of(int path) {
-  return [fn = variants<T>::table[path]](char ordering, char trans, index rows, index cols, T alpha,
-                                         const T* a, index lda, index sa, T* b, index ldb, index sb,
-                                         bool stream) {
+  static constexpr entry_fn<float>* s[8] = {TAV_PATH_VARIANTS(blas, somatcopy2_seq)};
+  static constexpr entry_fn<double>* d[8] = {TAV_PATH_VARIANTS(blas, domatcopy2_seq)};
+  static constexpr entry_fn<cfloat>* c[8] = {TAV_PATH_VARIANTS(blas, comatcopy2_seq)};
+  static constexpr entry_fn<cdouble>* z[8] = {TAV_PATH_VARIANTS(blas, zomatcopy2_seq)};
+  return [fn = tav::test::by_type<T>(s[path], d[path], c[path], z[path])](
+             char ordering, char trans, index rows, index cols, T alpha, const T* a, index lda,
+             index sa, T* b, index ldb, index sb, bool stream) {
     fn(ordering, trans, rows, cols, as_c(alpha), as_c(a), lda, sa, as_c(b), ldb, sb, stream);
   };
 }
 
 template <class T>
 T scaling_alpha() {
-  if constexpr (is_complex<T>)
+  if constexpr (complex_v<T>)
     return T(0.75f, -1.3f);
   else
     return T(1.7f);
 }
 
-class OmatcopyPath : public testing::TestWithParam<int> {
- protected:
-  void SetUp() override {
-    if (!tav::test::path_runs(GetParam()))
-      GTEST_SKIP() << tav::test::path_tags[GetParam()] << " does not run here";
-  }
-};
+using OmatcopyPath = tav::test::path_test;
 
 // Runs body(T{}) for the four element types.
 template <class Body>
@@ -126,7 +103,7 @@ TEST_P(OmatcopyPath, ElementStrides) {
 TEST_P(OmatcopyPath, NaNAlphaScales) {
   for_each_type([path = GetParam()](auto tag) {
     using T = decltype(tag);
-    const T nan(std::numeric_limits<real_t<T>>::quiet_NaN());
+    const T nan(std::numeric_limits<real_of<T>>::quiet_NaN());
     for (const char* t = "NTCR"; *t; ++t) {
       const call c{'R', *t, 23, 9};
       ASSERT_TRUE(check_call(entry_of<T>(path), c, nan));
@@ -135,7 +112,7 @@ TEST_P(OmatcopyPath, NaNAlphaScales) {
       std::vector<T> b(static_cast<size_t>(s.ldb * s.b_lines));
       entry_of<T>(path)('R', *t, 23, 9, nan, a.data(), s.lda, 1, b.data(), s.ldb, 1, false);
       for (const T& x : b)
-        ASSERT_TRUE(std::isnan(std::real(x)) && (!is_complex<T> || std::isnan(std::imag(x))));
+        ASSERT_TRUE(std::isnan(std::real(x)) && (!complex_v<T> || std::isnan(std::imag(x))));
     }
   });
 }
@@ -165,9 +142,6 @@ TEST_P(OmatcopyPath, StreamingStores) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryPath, OmatcopyPath, testing::Range(0, 8),
-                         [](const testing::TestParamInfo<int>& info) {
-                           return std::string(tav::test::path_tags[info.param]);
-                         });
+INSTANTIATE_TEST_SUITE_P(EveryPath, OmatcopyPath, testing::Range(0, 8), tav::test::path_name);
 
 }  // namespace

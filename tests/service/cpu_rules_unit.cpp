@@ -1,7 +1,5 @@
-// Processor classification and the reproducibility-mode decisions for synthetic processors of
-// every class, as pure functions of the processor, the enable flags and the branch: the ladder,
-// the instruction limits, TAV_CBWR names, which targets a processor can run, the fall-back to
-// AUTO and the setter's return codes.
+// Processor classification and reproducibility-mode decisions for synthetic processors of every
+// class, as pure functions.
 #include <gtest/gtest.h>
 
 #include <initializer_list>

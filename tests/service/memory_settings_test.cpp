@@ -1,7 +1,5 @@
-// The memory manager's once-read settings in fresh processes: the cache switch from the call and
-// the environment, the high-bandwidth limit, the peak-usage modes from a clean start, and the
-// allocator hook variables (replaced hooks carry every block, a failing hook gives null without
-// leaking, hooks replaced after the start are ignored).
+// The memory manager's once-read settings, each in a fresh process: cache switch, high-bandwidth
+// limit, peak-usage modes and allocator hooks.
 #include <gtest/gtest.h>
 #include <tav/tav_memory.h>
 

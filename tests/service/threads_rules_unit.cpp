@@ -1,8 +1,5 @@
-// The thread-count machinery as pure rules and on this machine: the texts of the threading
-// variables (the digit-only rule, the 255-character bound, the dynamic word, the domain-list
-// grammar), the rule over chosen settings (the order of the sources, the dynamic switch, the MPI
-// rules) with the answer from many threads at once, and the hardware counts, distinct (package,
-// core) pairs over the allowed processors, on made-up topology trees and on this machine.
+// The thread-count machinery: the threading variables' texts, the rule over chosen settings, and
+// the hardware counts on made-up topology trees and on this machine.
 #include <gtest/gtest.h>
 #include <omp.h>
 #include <sched.h>

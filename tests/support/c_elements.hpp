@@ -20,6 +20,15 @@ using std_t = std::conditional_t<
     is_real_v<C>, C,
     std::complex<std::conditional_t<std::is_same_v<C, tav_complex8>, float, double>>>;
 
+// The one of four values that belongs to C element type C, for per-type tables of entries.
+template <class C, class S, class D, class Cc, class Z>
+constexpr auto by_c_type(S s, D d, Cc c, Z z) {
+  if constexpr (std::is_same_v<C, float>) return s;
+  else if constexpr (std::is_same_v<C, double>) return d;
+  else if constexpr (std::is_same_v<C, tav_complex8>) return c;
+  else return z;
+}
+
 template <class C>
 C make(double re, double im = 0) {
   if constexpr (is_real_v<C>) return static_cast<C>(re);
@@ -64,6 +73,29 @@ std::vector<C> small_integers(size_t n, int seed) {
     v[i] = make<C>(r, s);
   }
   return v;
+}
+
+// Element (i, j) of op(X) for column-major X; trans 'N', 'T' or 'C'.
+template <class C>
+std_t<C> op_at(char trans, const C* x, int ld, int i, int j) {
+  if (trans == 'N') return to_std(x[i + j * ld]);
+  std_t<C> v = to_std(x[j + i * ld]);
+  if constexpr (!is_real_v<C>) {
+    if (trans == 'C') v = std::conj(v);
+  }
+  return v;
+}
+
+// C := alpha·op(A)·op(B) + beta·C, column-major.
+template <class C>
+void reference_gemm(char transa, char transb, int m, int n, int k, C alpha, const C* a, int lda,
+                    const C* b, int ldb, C beta, C* c, int ldc) {
+  for (int j = 0; j < n; ++j)
+    for (int i = 0; i < m; ++i) {
+      std_t<C> sum = 0;
+      for (int l = 0; l < k; ++l) sum += op_at(transa, a, lda, i, l) * op_at(transb, b, ldb, l, j);
+      c[i + j * ldc] = from_std<C>(to_std(alpha) * sum + to_std(beta) * to_std(c[i + j * ldc]));
+    }
 }
 
 }  // namespace tav::test

@@ -1,8 +1,5 @@
-// Oracles for the arithmetic functions: random operands over a wide exponent range, and counts
-// of results that differ from the correctly rounded value (real) or lie more than one unit in
-// the last place from it (complex parts that are not tiny beside the larger part). References
-// are computed in binary128, where products of doubles are exact and quotients round close
-// enough that rounding them to double is correct rounding; long double would round twice.
+// Oracles for the arithmetic functions, in binary128: products of doubles are exact there and
+// quotients round close enough that rounding to double is correct rounding (long double would round twice).
 #pragma once
 
 #include <tav/tav_vml.h>

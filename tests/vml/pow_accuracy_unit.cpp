@@ -1,8 +1,5 @@
-// Accuracy of the real power kernels of every code path this processor runs, against MPFR:
-// ulp errors for LA and HA, relative errors for EP, on seeded random arguments that cover the
-// whole exponent range of x and of the result, bases near 1 with large exponents, and negative
-// bases with integer exponents. The count per type is TAV_VML_ACCURACY_COUNT (default 10^5,
-// the CI run; 10^7 for the full run recorded in bench/RESULTS.md).
+// Accuracy of every path's real power kernels against MPFR (ulps for LA and HA, relative error
+// for EP); TAV_VML_ACCURACY_COUNT arguments per type (default 10^5; 10^7 in bench/RESULTS.md).
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,8 +1,5 @@
-// The power functions through the exported entries vdPow, vmdPow, vsPow, vcPow and vzPow, with
-// the CPU type forced to each path this processor runs (the override is read once per process,
-// so each path runs in a child): results and statuses of a few special cases through the
-// entries (pow_special_unit covers them all on the kernels), the error index of a threaded call,
-// and agreement of every path's results with the def path's within the accuracy bounds.
+// The power functions through the exported entries with the CPU type forced to each path in a
+// child: special cases, the error index of a threaded call, agreement with the def path.
 #include <gtest/gtest.h>
 #include <tav/tav_vml.h>
 
