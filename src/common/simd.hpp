@@ -1,21 +1,24 @@
 // The vector vocabulary of every per-path kernel: simd<R> is the widest register of float or
 // double that the path's flags allow; simd128<R> and, on the AVX paths, simd256<R> the registers
 // of those sizes, each with the same operations.
-// Included only by kernel files, whose path namespace gives every path its own copy.
+// Included by kernel files, whose path namespace gives every path its own copy, and by the few
+// sources built once at the baseline flags (the power function's rare path), whose copy sits in
+// tav::baseline.
 #pragma once
 
 #include <immintrin.h>
 
 #include <cstdint>
 
-#ifndef TAV_PATH_NS
-#error "simd.hpp belongs to the per-path kernels"
-#endif
 #ifndef __SSE2__
 #error "the kernels need SSE2, which every x86-64 processor has"
 #endif
 
+#ifdef TAV_PATH_NS
 namespace tav::TAV_PATH_NS {
+#else
+namespace tav::baseline {
+#endif
 
 // Each register type offers: width (lanes), zero, load/store (unaligned), stream (a store that
 // bypasses the caches; 64-byte aligned address for the widest forms), broadcast (of a value),
@@ -24,11 +27,14 @@ namespace tav::TAV_PATH_NS {
 // has FMA, two otherwise), swap_pairs
 // (exchanges the lanes of each pair: re <-> im) and alternate(even, odd) (a constant whose even
 // lanes hold `even`); the 128- and 256-bit forms also bit_xor and transpose (of the square of
-// `width` registers: lane j of register i to lane i of register j). With AVX2 the 256-bit forms
-// add what the elementary functions use: sub, the bit patterns as integer lanes (ireg, bits,
-// from_bits, integer add, and, shifts), lane masks (not_within, select, lane_bits) and table
-// reads (lookup and lookup_pairs from memory for double, permute within a register for float);
-// widen_low, widen_high and narrow convert between eight floats and two registers of doubles.
+// `width` registers: lane j of register i to lane i of register j). The 128-bit form of double
+// on every path, and the 256-bit forms with AVX2, add what the elementary functions use: sub,
+// the bit patterns as integer lanes (ireg, bits, from_bits, integer add, sub, and, shifts,
+// top12_signed), lane masks (not_within, mask_or, select, lane_bits) and table reads (lookup,
+// lookup_pairs and lookup_rows3 from memory for double, permute within a register for float);
+// the registers of double also load and store floats, converting each lane, and the 128-bit one
+// gives its lane0 to scalar code. widen_low, widen_high and narrow convert between eight floats
+// and two registers of doubles.
 template <class R>
 struct simd128;
 
@@ -59,6 +65,62 @@ struct simd128<double> {
     r[1] = _mm_unpackhi_pd(r[0], r[1]);
     r[0] = low;
   }
+  static reg sub(reg a, reg b) { return _mm_sub_pd(a, b); }
+  // Two floats in, two out, each lane converted.
+  static reg load(const float* p) {
+    return _mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p))));
+  }
+  static void store(float* p, reg v) {
+    _mm_store_sd(reinterpret_cast<double*>(p), _mm_castps_pd(_mm_cvtpd_ps(v)));
+  }
+  static double lane0(reg v) { return _mm_cvtsd_f64(v); }
+  // Bit patterns as 64-bit integer lanes.
+  using ireg = __m128i;
+  static ireg bits(reg v) { return _mm_castpd_si128(v); }
+  static reg from_bits(ireg v) { return _mm_castsi128_pd(v); }
+  static int64_t lane0(ireg v) { return _mm_cvtsi128_si64(v); }
+  static ireg iset(int64_t a) { return _mm_set1_epi64x(a); }
+  static ireg iadd(ireg a, ireg b) { return _mm_add_epi64(a, b); }
+  static ireg isub(ireg a, ireg b) { return _mm_sub_epi64(a, b); }
+  static ireg iand(ireg a, ireg b) { return _mm_and_si128(a, b); }
+  template <int s>
+  static ireg shl(ireg a) {
+    return _mm_slli_epi64(a, s);
+  }
+  template <int s>
+  static ireg shr(ireg a) {
+    return _mm_srli_epi64(a, s);
+  }
+  // The signed top 12 bits of each lane (bits >> 52, arithmetic), as doubles.
+  static reg top12_signed(ireg a) {
+    const __m128i high = _mm_srai_epi32(a, 20);  // the high dwords hold the shifted values
+    return _mm_cvtepi32_pd(_mm_shuffle_epi32(high, _MM_SHUFFLE(3, 1, 3, 1)));
+  }
+  // Columns 0 and 1 of the rows of two at table + 2·index per lane; columns 0, 1 and 2 of the
+  // rows of four at table + 4·index.
+  static void lookup_pairs(const double* table, ireg index, reg& first, reg& second) {
+    const reg r0 = _mm_loadu_pd(table + 2 * lane0(index));
+    const reg r1 = _mm_loadu_pd(table + 2 * lane0(_mm_unpackhi_epi64(index, index)));
+    first = _mm_unpacklo_pd(r0, r1);
+    second = _mm_unpackhi_pd(r0, r1);
+  }
+  static void lookup_rows3(const double* table, ireg index, reg& c0, reg& c1, reg& c2) {
+    const double* p0 = table + 4 * lane0(index);
+    const double* p1 = table + 4 * lane0(_mm_unpackhi_epi64(index, index));
+    const reg r0 = _mm_loadu_pd(p0), r1 = _mm_loadu_pd(p1);
+    c0 = _mm_unpacklo_pd(r0, r1);
+    c1 = _mm_unpackhi_pd(r0, r1);
+    c2 = _mm_set_pd(p1[2], p0[2]);
+  }
+  // Lane masks: all ones where a lane is outside [lo, hi] or NaN; mask ? b : a per lane.
+  static reg not_within(reg a, reg lo, reg hi) {
+    return _mm_or_pd(_mm_cmpnge_pd(a, lo), _mm_cmpnle_pd(a, hi));
+  }
+  static reg mask_or(reg a, reg b) { return _mm_or_pd(a, b); }
+  static reg select(reg mask, reg a, reg b) {
+    return _mm_or_pd(_mm_andnot_pd(mask, a), _mm_and_pd(mask, b));
+  }
+  static int lane_bits(reg mask) { return _mm_movemask_pd(mask); }
 };
 
 template <>
@@ -130,9 +192,22 @@ struct simd256<double> {
   static void store(int64_t* p, ireg v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
   static ireg iset(int64_t a) { return _mm256_set1_epi64x(a); }
   static ireg iadd(ireg a, ireg b) { return _mm256_add_epi64(a, b); }
+  static ireg isub(ireg a, ireg b) { return _mm256_sub_epi64(a, b); }
   static ireg iand(ireg a, ireg b) { return _mm256_and_si256(a, b); }
   template <int s>
   static ireg shl(ireg a) { return _mm256_slli_epi64(a, s); }
+  template <int s>
+  static ireg shr(ireg a) {
+    return _mm256_srli_epi64(a, s);
+  }
+  static reg top12_signed(ireg a) {
+    const __m256i high = _mm256_srai_epi32(a, 20);
+    const __m256i packed =
+        _mm256_permutevar8x32_epi32(high, _mm256_setr_epi32(1, 3, 5, 7, 0, 0, 0, 0));
+    return _mm256_cvtepi32_pd(_mm256_castsi256_si128(packed));
+  }
+  static reg load(const float* p) { return _mm256_cvtps_pd(_mm_loadu_ps(p)); }
+  static void store(float* p, reg v) { _mm_storeu_ps(p, _mm256_cvtpd_ps(v)); }
   // table[index[k]] in lane k, and the two columns of a table of pairs: one load per lane.
   template <class I>
   static reg lookup(const double* table, const I* index) {
@@ -147,10 +222,28 @@ struct simd256<double> {
     first = _mm256_unpacklo_pd(r02, r13);
     second = _mm256_unpackhi_pd(r02, r13);
   }
+  static void lookup_pairs(const double* table, ireg index, reg& first, reg& second) {
+    alignas(32) int64_t i[4];
+    store(i, index);
+    lookup_pairs(table, i, first, second);
+  }
+  // One load per lane and a transpose, cheaper than three gathers on Zen 3 (bench/RESULTS.md,
+  // "Vector math: power").
+  static void lookup_rows3(const double* table, ireg index, reg& c0, reg& c1, reg& c2) {
+    alignas(32) int64_t i[4];
+    store(i, index);
+    reg rows[4] = {load(table + 4 * i[0]), load(table + 4 * i[1]), load(table + 4 * i[2]),
+                   load(table + 4 * i[3])};
+    transpose(rows);
+    c0 = rows[0];
+    c1 = rows[1];
+    c2 = rows[2];
+  }
   // Lane masks: all ones where a lane is outside [lo, hi] or NaN; mask ? b : a per lane.
   static reg not_within(reg a, reg lo, reg hi) {
     return _mm256_or_pd(_mm256_cmp_pd(a, lo, _CMP_NGE_UQ), _mm256_cmp_pd(a, hi, _CMP_NLE_UQ));
   }
+  static reg mask_or(reg a, reg b) { return _mm256_or_pd(a, b); }
   static reg select(reg mask, reg a, reg b) { return _mm256_blendv_pd(a, b, mask); }
   static int lane_bits(reg mask) { return _mm256_movemask_pd(mask); }
 #endif
@@ -301,6 +394,13 @@ struct simd : simd128<R> {};
 
 #endif
 
+// Whether mul_add, of every register type, rounds once.
+#if defined(__FMA__)
+inline constexpr bool fused_mul_add = true;
+#else
+inline constexpr bool fused_mul_add = false;
+#endif
+
 // a·b + c on one lane, rounded as a lane of simd<R>::mul_add is, so that a remainder element
 // gets the value it would get inside a register.
 inline double mul_add(double a, double b, double c) {
@@ -329,4 +429,4 @@ R lane_sum(typename V::reg v, int first, int step) {
   return sum;
 }
 
-}  // namespace tav::TAV_PATH_NS
+}  // namespace tav::...

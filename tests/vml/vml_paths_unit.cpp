@@ -14,6 +14,7 @@
 #include "arith_oracles.hpp"
 #include "child_process.hpp"
 #include "code_paths.hpp"
+#include "service/cpu/cpu_state.hpp"
 #include "vml/interface/vector_call.hpp"
 #include "vml/kernels/kernel_family.hpp"
 #include "vml/tables/function_tables.hpp"

@@ -8,7 +8,6 @@
 
 #include <cstring>
 
-#include "service/cpu/cpu_state.hpp"
 #include "vml/kernels/vml_kernel.hpp"
 #include "vml/mode/vml_state.hpp"
 #include "vml/threader/threader_2i_1o.hpp"
@@ -31,14 +30,6 @@ struct function_tables {
   set_error_status(status);
 }
 
-// The table index: vector-math CPU type plus 10·(accuracy − 1). An accuracy field outside LA, HA
-// and EP (vmlSetMode stores any non-zero group) reads as HA.
-inline int table_index(unsigned mode, int cpu_type) {
-  unsigned accuracy = mode & VML_ACCURACY_MASK;
-  if (accuracy < VML_LA || accuracy > VML_EP) accuracy = VML_HA;
-  return cpu_type + path_slots * static_cast<int>(accuracy - 1);
-}
-
 template <class T>
 void run_indexed(int n, const T* a, const T* b, T* r, function_tables<T> tables, int index) {
   run_2i_1o(n, a, b, r, tables.kernels[index], tables.costs[index]);
@@ -47,11 +38,11 @@ void run_indexed(int n, const T* a, const T* b, T* r, function_tables<T> tables,
 // The first call in a thread (mode not read yet) or in the process (CPU type not detected).
 template <class T>
 [[gnu::noinline]] void run_first(int n, const T* a, const T* b, T* r, function_tables<T> tables) {
-  run_indexed(n, a, b, r, tables, table_index(current_mode(), service::vml_cpu_type()));
+  run_indexed(n, a, b, r, tables, first_table_index());
 }
 
-// Every later call makes no call of its own before the kernel's: the checks, the thread's mode and
-// the CPU type are read inline, and the kernel runs as a tail call of the exported entry.
+// Every later call makes no call of its own before the kernel's: the checks and the thread's
+// kernel slot are read inline, and the kernel runs as a tail call of the exported entry.
 template <class T, class C>
 [[gnu::always_inline]] inline void vector_call(int n, const C* a, const C* b, C* r,
                                                function_tables<T> tables, const char* name) {
@@ -63,10 +54,9 @@ template <class T, class C>
   const T* x = reinterpret_cast<const T*>(a);
   const T* y = reinterpret_cast<const T*>(b);
   T* z = reinterpret_cast<T*>(r);
-  const unsigned mode = state.mode;
-  const int cpu_type = service::stored_vml_type.load(std::memory_order_relaxed);
-  if (mode == 0 || cpu_type < 0) return run_first(n, x, y, z, tables);
-  run_indexed(n, x, y, z, tables, table_index(mode, cpu_type));
+  const int slot = state.kernel_slot;
+  if (slot == 0) return run_first(n, x, y, z, tables);
+  run_indexed(n, x, y, z, tables, slot - 1);
 }
 
 // The twin applies its mode with the rules of vmlSetMode (zero groups keep the thread's

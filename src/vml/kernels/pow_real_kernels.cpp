@@ -51,7 +51,7 @@ inline double_double y_log_x(reg x, reg y) {
   constexpr bool p3 = f == form::plain5;
   constexpr bool p2 = f == form::plain4;
   reg l = p3 ? log_plain(x, log_p3) : p2 ? log_plain(x, log_p2) : log_plain(x, log_p1);
-  return {L::mul(y, l), L::set(0.0)};
+  return {L::mul(y, l), L::broadcast(0.0)};
 }
 
 template <form f>
@@ -68,14 +68,16 @@ inline reg exp_of(double_double t) {
 template <class T, form f>
 inline int pow_block(const T* a, const T* b, T* r) {
   reg x = L::load(a), y = L::load(b);
-  reg special = L::mask_or(L::not_within(x, L::set(range<T>::x_min), L::set(range<T>::x_max)),
-                           L::not_within(y, L::set(-range<T>::y_max), L::set(range<T>::y_max)));
-  x = L::select(special, x, L::set(1.0));
-  y = L::select(special, y, L::set(1.0));
+  reg special =
+      L::mask_or(L::not_within(x, L::broadcast(range<T>::x_min), L::broadcast(range<T>::x_max)),
+                 L::not_within(y, L::broadcast(-range<T>::y_max), L::broadcast(range<T>::y_max)));
+  x = L::select(special, x, L::broadcast(1.0));
+  y = L::select(special, y, L::broadcast(1.0));
   double_double t = y_log_x<f>(x, y);
-  reg out_of_range = L::not_within(t.hi, L::set(-range<T>::t_max), L::set(range<T>::t_max));
-  t.hi = L::select(out_of_range, t.hi, L::set(0.0));
-  t.lo = L::select(out_of_range, t.lo, L::set(0.0));
+  reg out_of_range =
+      L::not_within(t.hi, L::broadcast(-range<T>::t_max), L::broadcast(range<T>::t_max));
+  t.hi = L::select(out_of_range, t.hi, L::broadcast(0.0));
+  t.lo = L::select(out_of_range, t.lo, L::broadcast(0.0));
   L::store(r, exp_of<f>(t));
   return L::lane_bits(L::mask_or(special, out_of_range));
 }

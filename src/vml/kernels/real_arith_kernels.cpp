@@ -46,10 +46,14 @@ template <class Real>
 using stream_block = Real __attribute__((vector_size(stream_bytes)));
 
 // Returns whether some b[i] is zero; the test costs nothing beside the division, and only
-// division asks for it.
+// division asks for it. r either is a or b (in place) or overlaps neither, so no element is
+// written before it is read: the loop vectorises without the compiler's overlap tests, which
+// cost a dozen instructions per call and sent every call in place to the scalar loop (3.7 times
+// the instructions at n = 1000).
 template <class Op, class Real>
 bool plain(long n, const Real* a, const Real* b, Real* r) {
   int zero = 0;
+#pragma clang loop vectorize(assume_safety)
   for (long i = 0; i < n; ++i) {
     const Real y = b[i];
     r[i] = Op::apply(a[i], y);

@@ -1,6 +1,7 @@
 // The per-thread vector-math state and the rules by which the mode word and the callback change.
 #include "vml/mode/vml_state.hpp"
 
+#include "service/cpu/cpu_state.hpp"
 #include "vml/mode/mode_environment.hpp"
 
 namespace tav::vml {
@@ -11,11 +12,24 @@ namespace {
 constexpr unsigned settable_groups[] = {VML_ACCURACY_MASK, VML_ERRMODE_MASK, VML_FTZDAZ_MASK,
                                         VML_TRAP_EXCEPTIONS_MASK};
 
+// Every write of the mode word goes through here, so that kernel_slot always matches it.
+void store_mode(unsigned mode) {
+  state.mode = mode;
+  const int cpu_type = service::stored_vml_type.load(std::memory_order_relaxed);
+  state.kernel_slot = cpu_type < 0 ? 0 : table_index(mode, cpu_type) + 1;
+}
+
 }  // namespace
 
 unsigned first_mode() {
-  state.mode = mode_from_environment();
+  store_mode(mode_from_environment());
   return state.mode;
+}
+
+int first_table_index() {
+  const int index = table_index(current_mode(), service::vml_cpu_type());
+  state.kernel_slot = index + 1;
+  return index;
 }
 
 unsigned change_mode(unsigned request) {
@@ -23,7 +37,7 @@ unsigned change_mode(unsigned request) {
   unsigned mode = previous;
   for (const unsigned group : settable_groups)
     if ((request & group) != 0) mode = (mode & ~group) | (request & group);
-  state.mode = mode;
+  store_mode(mode);
   return previous;
 }
 
@@ -48,7 +62,7 @@ tav_vml_error_callback set_error_callback(tav_vml_error_callback callback) {
 }
 
 void adopt_caller_settings(unsigned mode, tav_vml_error_callback callback) {
-  state.mode = mode;
+  store_mode(mode);
   state.callback = callback;
 }
 

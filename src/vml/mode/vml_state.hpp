@@ -4,25 +4,42 @@
 
 #include <tav/tav_vml.h>
 
+#include "vml/kernels/vml_kernel.hpp"
+
 namespace tav::vml {
 
 // Zero at thread start. A mode of 0 means that the thread has not read the environment yet; a
-// stored mode always has an accuracy, so 0 never stands for a real setting.
+// stored mode always has an accuracy, so 0 never stands for a real setting. kernel_slot is 1 +
+// table_index(mode, CPU type), or 0 while the mode or the CPU type is unknown: a vector call
+// reads it instead of decoding the mode.
 struct thread_state {
   unsigned mode;
+  int kernel_slot;
   const void* interface_input;
   tav_vml_error_callback callback;
   int status;
 };
 
-// Initial-exec: every vector call reads the mode, and the general-dynamic access of a shared object
-// costs a __tls_get_addr call each time (15-25 ns per call at n = 1000 on the test machine). The 24
-// bytes fit the static TLS reserve that the C library keeps for libraries loaded with dlopen. Here
-// rather than in the .cpp so that a vector call reads the mode inline.
+// Initial-exec: every vector call reads the state, and the general-dynamic access of a shared
+// object costs a __tls_get_addr call each time (15-25 ns per call at n = 1000 on the test machine).
+// The 32 bytes fit the static TLS reserve that the C library keeps for libraries loaded with
+// dlopen. Here rather than in the .cpp so that a vector call reads its kernel slot inline.
 [[gnu::tls_model("initial-exec")]] inline thread_local constinit thread_state state{};
 
 // Reads the thread's mode from the environment and stores it.
 unsigned first_mode();
+
+// The kernel-table index: vector-math CPU type plus 10·(accuracy − 1). An accuracy field outside
+// LA, HA and EP (vmlSetMode stores any non-zero group) reads as HA.
+inline int table_index(unsigned mode, int cpu_type) {
+  unsigned accuracy = mode & VML_ACCURACY_MASK;
+  if (accuracy < VML_LA || accuracy > VML_EP) accuracy = VML_HA;
+  return cpu_type + path_slots * static_cast<int>(accuracy - 1);
+}
+
+// The table index of the thread's mode and the CPU type, reading the mode or detecting the CPU
+// type first where that has not happened yet; stores the thread's kernel_slot.
+int first_table_index();
 
 // The thread's mode word. The first call in a thread reads it from the environment, so the
 // result is never 0.

@@ -1,20 +1,27 @@
-// The power function's two halves, written once over the lanes of pow_lanes.hpp: ln x for
-// positive normal x (as a double-double, or as one double for the shorter forms) and e^t for t
-// within the normal range, both by table reduction and a short polynomial. x^y = e^(y·ln x).
+// The power function's two halves, written once over a register of doubles of simd.hpp: ln x
+// for positive normal x (as a double-double, or as one double for the shorter forms) and e^t for
+// t within the normal range, both by table reduction and a short polynomial. x^y = e^(y·ln x).
 #pragma once
 
+#include "common/simd.hpp"
 #include "vml/pow/pow_exp_table.hpp"
-#include "vml/pow/pow_lanes.hpp"
 #include "vml/pow/pow_log_table.hpp"
 
 #ifdef TAV_PATH_NS
 namespace tav::TAV_PATH_NS::pow_core {
 #else
-namespace tav::vml::pow_core {
+namespace tav::baseline::pow_core {
 #endif
 
 namespace pow_data = ::tav::vml::pow_data;
-using L = pow_lanes::lanes;
+// Four lanes with AVX2 and FMA, on the AVX-512 paths too: their 512-bit forms would need a
+// machine with AVX-512 to be tested. Two lanes otherwise (AVX without FMA included), products
+// then split by Dekker's method where an exact remainder is needed.
+#if defined(__AVX2__) && defined(__FMA__)
+using L = simd256<double>;
+#else
+using L = simd128<double>;
+#endif
 using reg = L::reg;
 using ireg = L::ireg;
 
@@ -60,17 +67,17 @@ struct double_double {
 // c[0] + r·(c[1] + r·(c[2] + ...)).
 template <int n>
 inline reg horner(reg r, const double (&c)[n]) {
-  reg p = L::set(c[n - 1]);
-  for (int i = n - 2; i >= 0; --i) p = L::mul_add(p, r, L::set(c[i]));
+  reg p = L::broadcast(c[n - 1]);
+  for (int i = n - 2; i >= 0; --i) p = L::mul_add(p, r, L::broadcast(c[i]));
   return p;
 }
 
 // The exact rounding error of the product p = a·b: a·b - p. Dekker's split without FMA.
 inline reg product_error(reg a, reg b, reg p) {
-  if constexpr (L::fused) {
-    return L::mul_add(a, b, L::sub(L::set(0.0), p));
+  if constexpr (fused_mul_add) {
+    return L::mul_add(a, b, L::sub(L::broadcast(0.0), p));
   } else {
-    const reg split = L::set(134217729.0);  // 2^27 + 1
+    const reg split = L::broadcast(134217729.0);  // 2^27 + 1
     reg ca = L::mul(a, split), cb = L::mul(b, split);
     reg ah = L::sub(ca, L::sub(ca, a)), bh = L::sub(cb, L::sub(cb, b));
     reg al = L::sub(a, ah), bl = L::sub(b, bh);
@@ -93,15 +100,15 @@ inline log_reduction reduce_log(reg x) {
   out.kd = L::top12_signed(tmp);
   reg z = L::from_bits(L::isub(ix, L::iand(tmp, L::iset(0xfff0000000000000ull))));
   reg invc;
-  L::rows3(&log_table[0].invc, i, invc, out.logc_hi, out.logc_lo);
+  L::lookup_rows3(&log_table[0].invc, i, invc, out.logc_hi, out.logc_lo);
   // r = z·invc - 1 is exact: invc has at most 9 significant bits (see the table). Without FMA
   // z splits into 21 high bits and the rest, each product then being exact.
-  if constexpr (L::fused) {
-    out.r = L::mul_add(z, invc, L::set(-1.0));
+  if constexpr (fused_mul_add) {
+    out.r = L::mul_add(z, invc, L::broadcast(-1.0));
   } else {
     reg zhi = L::from_bits(L::iand(L::bits(z), L::iset(0xffffffff00000000ull)));
     reg zlo = L::sub(z, zhi);
-    out.r = L::add(L::sub(L::mul(zhi, invc), L::set(1.0)), L::mul(zlo, invc));
+    out.r = L::add(L::sub(L::mul(zhi, invc), L::broadcast(1.0)), L::mul(zlo, invc));
   }
   return out;
 }
@@ -112,19 +119,19 @@ inline log_reduction reduce_log(reg x) {
 template <int q_terms>
 inline double_double log_dd(reg x, const double (&q)[q_terms]) {
   log_reduction t = reduce_log(x);
-  reg p1 = L::mul(t.kd, L::set(ln2_hi));  // exact
+  reg p1 = L::mul(t.kd, L::broadcast(ln2_hi));  // exact
   reg s1 = L::add(p1, t.logc_hi);
   reg e1 = L::add(L::sub(p1, s1), t.logc_hi);
   reg s2 = L::add(s1, t.r);
   reg e2 = L::add(L::sub(s1, s2), t.r);
-  reg half_r = L::mul(L::set(-0.5), t.r);  // exact
-  reg sq = L::mul(t.r, half_r);             // -r²/2 rounded
+  reg half_r = L::mul(L::broadcast(-0.5), t.r);  // exact
+  reg sq = L::mul(t.r, half_r);                  // -r²/2 rounded
   reg e3 = product_error(t.r, half_r, sq);
   reg s3 = L::add(s2, sq);
   reg e4 = L::add(L::sub(s2, s3), sq);
   reg r2 = L::mul(t.r, t.r);
   reg tail = L::mul(L::mul(r2, t.r), horner(t.r, q));
-  reg lo = L::mul_add(t.kd, L::set(ln2_lo), t.logc_lo);
+  reg lo = L::mul_add(t.kd, L::broadcast(ln2_lo), t.logc_lo);
   lo = L::add(L::add(lo, L::add(e1, e2)), L::add(L::add(e3, e4), tail));
   double_double out;
   out.hi = L::add(s3, lo);
@@ -136,7 +143,7 @@ inline double_double log_dd(reg x, const double (&q)[q_terms]) {
 template <int p_terms>
 inline reg log_plain(reg x, const double (&p)[p_terms]) {
   log_reduction t = reduce_log(x);
-  reg head = L::mul_add(t.kd, L::set(ln2), t.logc_hi);
+  reg head = L::mul_add(t.kd, L::broadcast(ln2), t.logc_hi);
   reg r2 = L::mul(t.r, t.r);
   return L::add(head, L::mul_add(r2, horner(t.r, p), t.r));
 }
@@ -161,15 +168,15 @@ struct exp_parts {
 template <int e_terms>
 inline exp_parts exp_reduce(reg t_hi, reg t_lo, const double (&e)[e_terms], bool with_tail) {
   using pow_data::exp_table;
-  reg kd = L::add(L::mul(t_hi, L::set(inv_ln2_128)), L::set(round_shift));
+  reg kd = L::add(L::mul(t_hi, L::broadcast(inv_ln2_128)), L::broadcast(round_shift));
   exp_parts out;
   out.ki_bits = L::bits(kd);
-  kd = L::sub(kd, L::set(round_shift));
+  kd = L::sub(kd, L::broadcast(round_shift));
   // t_hi - kd·ln2_128_hi is exact (Sterbenz), the rest of kd·ln2/128 and t_lo are small.
-  reg r = L::sub(t_hi, L::mul(kd, L::set(ln2_128_hi)));
-  r = L::add(L::mul_add(kd, L::set(-ln2_128_lo), r), t_lo);
+  reg r = L::sub(t_hi, L::mul(kd, L::broadcast(ln2_128_hi)));
+  r = L::add(L::mul_add(kd, L::broadcast(-ln2_128_lo), r), t_lo);
   reg scale, tail;
-  L::rows2(&exp_table[0].scale, L::iand(out.ki_bits, L::iset(127)), scale, tail);
+  L::lookup_pairs(&exp_table[0].scale, L::iand(out.ki_bits, L::iset(127)), scale, tail);
   out.scale_bits = L::iadd(L::bits(scale), L::shl<52 - pow_data::exp_table_bits>(out.ki_bits));
   reg head = with_tail ? L::add(r, tail) : r;
   out.tmp = L::mul_add(L::mul(r, r), horner(r, e), head);

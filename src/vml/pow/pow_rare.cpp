@@ -13,7 +13,7 @@
 namespace tav::vml {
 namespace {
 
-using namespace pow_core;
+using namespace baseline::pow_core;
 
 enum class parity { not_integer, odd, even };
 
@@ -36,16 +36,16 @@ struct scalar_dd {
 // 200·ln2 taken off by Knuth's TwoSum) and finite y.
 scalar_dd y_log_x(double x, double y) {
   bool denormal = x < std::numeric_limits<double>::min();
-  double_double l = log_dd(L::set(denormal ? x * 0x1p200 : x), log_q5);
+  double_double l = log_dd(L::broadcast(denormal ? x * 0x1p200 : x), log_q5);
   if (denormal) {
-    double hi = L::first(l.hi), c = -200 * ln2_hi;  // exact
+    double hi = L::lane0(l.hi), c = -200 * ln2_hi;  // exact
     double s = hi + c, bv = s - hi;
     double err = (hi - (s - bv)) + (c - bv);
-    l.hi = L::set(s);
-    l.lo = L::set(L::first(l.lo) + err - 200 * ln2_lo);
+    l.hi = L::broadcast(s);
+    l.lo = L::broadcast(L::lane0(l.lo) + err - 200 * ln2_lo);
   }
-  double_double t = times(L::set(y), l);
-  return {L::first(t.hi), L::first(t.lo)};
+  double_double t = times(L::broadcast(y), l);
+  return {L::lane0(t.hi), L::lane0(t.lo)};
 }
 
 // e^t = 2^k·(hi + lo) with hi = 2^(j/128) and lo = hi·tmp, for |t| below 2^40.
@@ -55,12 +55,12 @@ struct scaled_exp {
 };
 
 scaled_exp exp_scaled(scalar_dd t) {
-  exp_parts p = exp_reduce(L::set(t.hi), L::set(t.lo), exp_e3, true);
-  int64_t ki = L::first(p.ki_bits) - std::bit_cast<int64_t>(round_shift);
+  exp_parts p = exp_reduce(L::broadcast(t.hi), L::broadcast(t.lo), exp_e3, true);
+  int64_t ki = L::lane0(p.ki_bits) - std::bit_cast<int64_t>(round_shift);
   int64_t j = ki & 127;
   double hi = std::bit_cast<double>(
       std::bit_cast<uint64_t>(pow_data::exp_table[j].scale) + (static_cast<uint64_t>(j) << 45));
-  return {ki >> 7, hi, hi * L::first(p.tmp)};
+  return {ki >> 7, hi, hi * L::lane0(p.tmp)};
 }
 
 // 2^k·(hi + lo) rounded once to double. In the subnormal range, hi + lo is scaled so that
