@@ -1,9 +1,11 @@
-// The serial matrix product's blocking factors and strategies, and every route reached by a shape
-// of its own (its counter alone moves, the product matches the reference) on every path.
+// The serial matrix product's blocking factors and strategies, every route reached by a shape
+// of its own (its counter alone moves, the product matches the reference) on every path, and
+// each path's small-strategy switches where its own row of the table puts them.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "blas/level3/gemm_kernel_api.hpp"
 #include "code_paths.hpp"
@@ -127,7 +129,7 @@ const counted_case counted_cases[] = {
     {"nocopy_6x6", 'N', 'N', 6, 30, 6, 1.5, 0.5, serial_route::nocopy_6x6},
     {"nocopy_6x6 beta 0", 'N', 'N', 6, 30, 6, 1.5, 0, serial_route::nocopy_6x6},
     {"small k < 7", 'N', 'N', 40, 40, 6, 1, 1, serial_route::small},
-    {"small transposed", 'T', 'N', 55, 200, 300, 1, -1, serial_route::small},
+    {"small transposed", 'T', 'N', 20, 200, 300, 1, -1, serial_route::small},
     {"pst", 'N', 'N', 500, 3, 100, 2, 1, serial_route::pst},
     {"driver", 'N', 'T', 100, 100, 300, 1, 0.5, serial_route::driver},
     {"driver transposed A", 'C', 'N', 100, 60, 500, 1, 0.5, serial_route::driver},
@@ -164,6 +166,20 @@ TEST(GemmRouteCount, EveryRouteIsReachedByItsShape) {
     ++reached;
   }
   EXPECT_GE(reached, 2);
+}
+
+// Each path's own switches, read from its row of the table: a product one row or one column
+// short of the switch takes the small strategy, one at the switch the packed driver.
+TEST(GemmRouteCount, EachPathSwitchesWhereItsRowSays) {
+  for (int path = 0; path < 6; ++path) {
+    if (!path_runs(path)) continue;
+    const g::serial_limits l = g::path_table[path].serial;
+    for (const auto& [ta, t] : {std::pair{'N', l.small_plain}, std::pair{'T', l.small_trans}}) {
+      run_case<double>(path, {"below in m", ta, 'N', t - 1, 200, 200, 1, 1, small});
+      run_case<double>(path, {"below in n", ta, 'N', 200, t - 1, 200, 1, 1, small});
+      run_case<double>(path, {"at the switch", ta, 'N', t, t, 200, 1, 1, driver});
+    }
+  }
 }
 
 }  // namespace

@@ -14,17 +14,19 @@ struct blocking {
 };
 
 // kb: short k is taken whole (at least 128), 256 < k < 384 is halved into two equal blocks, long
-// k goes in blocks of 192, so an Ã sliver (mr x kb) stays in L1 while the kernel sweeps B̃.
-// mb: all of m up to 5000 rows. nb: up to 192 columns (96 for complex elements, whose panel of
-// kb x nb is twice the bytes; divided by b_copies where B̃ repeats its reals), 24 when k < 48 so
-// that short panels are not packed far ahead.
+// k goes in blocks of kb_long (192 on avx2), so an Ã sliver (mr x kb) stays in L1 while the
+// kernel sweeps B̃. mb: all of m up to the path's mb rows (5000). nb: up to nb_real columns (192
+// on avx2; nb_complex, 96, for complex elements, whose panel of kb x nb is twice the bytes;
+// divided by b_copies where B̃ repeats its reals), 24 when k < 48 so that short panels are not
+// packed far ahead. The limits are the path's own unless a benchmark passes others.
 template <class E>
-constexpr blocking blocking_for(index m, index n, index k) {
+constexpr blocking blocking_for(index m, index n, index k,
+                                const serial_limits& l = this_path.serial) {
   constexpr register_block rb = block_for<E>();
-  constexpr index nb_cap = (element<E>::complex ? 96 : 192) / b_copies<E>();
+  const index nb_cap = (element<E>::complex ? l.nb_complex : l.nb_real) / b_copies<E>();
   blocking f{};
-  f.kb = k <= 256 ? max_of(k, 128) : k < 384 ? k / 2 : 192;
-  f.mb = round_up(min_of(max_of(rb.mr, m), 5000), rb.mr);
+  f.kb = k <= 256 ? max_of(k, 128) : k < 384 ? k / 2 : l.kb_long;
+  f.mb = round_up(min_of(max_of(rb.mr, m), l.mb), rb.mr);
   f.nb = round_up(min_of(max_of(rb.nr, n), k < 48 ? 24 : nb_cap), rb.nr);
   return f;
 }
@@ -70,12 +72,14 @@ constexpr serial_route route_serial(const serial_shape& s) {
     if (s.k < 7 && s.m < 41 && s.n < 41 && (a_plain || !b_plain)) return small_route();
   }
   if (s.alpha_zero) return general();
+  const index small_plain = this_path.serial.small_plain;
+  const index small_trans = this_path.serial.small_trans;
   if (a_plain) {
-    if (s.m < 72) return small_route();
-    return s.n >= 72 ? general() : serial_route::small;
+    if (s.m < small_plain) return small_route();
+    return s.n >= small_plain ? general() : serial_route::small;
   }
-  if (s.m < 56) return small_route();
-  return s.n < 56 ? serial_route::small : general();
+  if (s.m < small_trans) return small_route();
+  return s.n < small_trans ? serial_route::small : general();
 }
 
 }  // namespace tav::TAV_PATH_NS::gemm

@@ -13,10 +13,22 @@ struct register_block {
   int nr;
 };
 
+// The serial driver's switches and panel caps (gemm_blocking.hpp). small_plain, small_trans: a
+// product with m or n below this takes the small strategy, not the packed ones, for A plain and
+// A transposed. kb_long: the k block once k >= 384. nb_real, nb_complex: the most columns of a
+// B̃ panel. mb: the most rows of an Ã block.
+struct serial_limits {
+  int small_plain, small_trans;
+  int kb_long;
+  int nb_real, nb_complex;
+  int mb;
+};
+
 struct path_params {
   register_block s, d, c, z;
   // 1: the caller threads the product itself; 2: thread counts come from the size formulas.
   int api_version;
+  serial_limits serial;
 };
 
 // Register budgets: SSE2 and AVX have 16 registers and AVX-512 has 32; a real block needs
@@ -24,15 +36,22 @@ struct path_params {
 // part of b kept apart). 12x4 double on avx2 fills 12 accumulators + 3 loads + 1 broadcast, and
 // so does 6x2 double complex, which reads B̃ (streamed from L2) at 2/3 the bytes per FMA of 4x3:
 // its kernel ran 1 to 5 per cent faster on Zen 3, ZGEMM n = 1024 up to 2 per cent.
+//
+// Serial limits: the avx2 row is the reference, the others were measured against it by
+// bench/gemm_constants_sweep.cpp (bench/RESULTS.md, "How the per-path constants were chosen").
+// On def the packed driver is as fast as the small strategy from 24 to 32 rows and columns and
+// faster above, for A plain and transposed; cnr_def runs the same code. Elsewhere, and for kb and
+// nb everywhere, no candidate beat the avx2 value by more than the noise, so it stays. The
+// AVX-512 paths, which no machine here runs, keep the avx2 row.
 inline constexpr path_params path_table[8] = {
-    /* def       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
-    /* cnr_def   */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
-    /* mc        */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
-    /* mc3       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1},
-    /* avx       */ {{16, 4}, {8, 4}, {8, 2}, {4, 2}, 1},
-    /* avx2      */ {{24, 4}, {12, 4}, {8, 3}, {6, 2}, 2},
-    /* avx512_tp */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2},
-    /* avx512    */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2},
+    /* def       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {24, 24, 192, 192, 96, 5000}},
+    /* cnr_def   */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {24, 24, 192, 192, 96, 5000}},
+    /* mc        */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {72, 56, 192, 192, 96, 5000}},
+    /* mc3       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {72, 56, 192, 192, 96, 5000}},
+    /* avx       */ {{16, 4}, {8, 4}, {8, 2}, {4, 2}, 1, {72, 56, 192, 192, 96, 5000}},
+    /* avx2      */ {{24, 4}, {12, 4}, {8, 3}, {6, 2}, 2, {72, 56, 192, 192, 96, 5000}},
+    /* avx512_tp */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2, {72, 56, 192, 192, 96, 5000}},
+    /* avx512    */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2, {72, 56, 192, 192, 96, 5000}},
 };
 
 inline constexpr path_params this_path = path_table[TAV_PATH_ID];
@@ -59,6 +78,6 @@ constexpr int b_copies() {
 }
 
 // The k extent of a packed block never exceeds this (see kb in gemm_blocking.hpp).
-inline constexpr index kb_max = 256;
+inline constexpr index kb_max = this_path.serial.kb_long > 256 ? this_path.serial.kb_long : 256;
 
 }  // namespace tav::TAV_PATH_NS::gemm

@@ -276,11 +276,11 @@ inline index tiles_ahead(index kc) { return max_of(index{2}, (index{384} + kc - 
 
 // The driver (Goto and van de Geijn): for each mb x kb block Ã of op(A) and each kb x nb panel
 // B̃ of op(B), C_block += alpha·Ã·B̃ by MR x NR tiles. The loop over Ã's slivers is outside the
-// loop over B̃'s, so one Ã sliver sits in L1 while B̃ (kb·nb elements) is read from L2.
-template <class E, class Part = whole_c>
-void driver(const problem<E>& p, const Part& part = {}) {
+// loop over B̃'s, so one Ã sliver sits in L1 while B̃ (kb·nb elements) is read from L2. The
+// blocking factors are the shape's (blocking_for) except in the benchmark that chose them.
+template <class E, class Part>
+void driver(const problem<E>& p, const Part& part, const blocking& f) {
   constexpr int MR = block_for<E>().mr, NR = block_for<E>().nr;
-  const blocking f = blocking_for<E>(p.m, p.n, p.k);
   const pack_buffer a_block(sizeof(E) * static_cast<size_t>(f.mb * f.kb));
   const pack_buffer b_panel(sizeof(E) * static_cast<size_t>(f.kb * f.nb * b_copies<E>()));
   if (a_block.as<E>() == nullptr || b_panel.as<E>() == nullptr) {
@@ -330,6 +330,11 @@ void driver(const problem<E>& p, const Part& part = {}) {
       }
     }
   }
+}
+
+template <class E, class Part = whole_c>
+void driver(const problem<E>& p, const Part& part = {}) {
+  driver(p, part, blocking_for<E>(p.m, p.n, p.k));
 }
 
 // sum_l a_l·b_l accumulated as the micro-kernel does: real products in order; complex ones as
