@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "common/path_features.hpp"
 #include "common/path_naming.hpp"
 #include "support/markdown_table.hpp"
 
@@ -37,7 +38,11 @@ constexpr const char* path_tags[8] = {"def", "cnr_def", "mc",        "mc3",
                                       "avx", "avx2",    "avx512_tp", "avx512"};
 sweep_gemm_fn* const gemm_of[8] = {TAV_PATH_VARIANTS(sweep, gemm)};
 sweep_limits_fn* const limits_of[8] = {TAV_PATH_VARIANTS(sweep, limits)};
-constexpr int avx2_id = 5, avx512_tp_id = 6;
+
+// Row `path` of the table, read through def's copy, which runs on every processor.
+void limits_row(int path, int* row) { limits_of[0](path, row); }
+
+constexpr int avx2_id = 5;
 
 // Score differences below this fraction are taken as noise: crossover scores average many
 // in-cache shapes, the blocking scores a few products that stream from memory.
@@ -159,8 +164,8 @@ int sweep_crossover(int path, bool a_trans, int rounds) {
     scores.push_back(sum / static_cast<double>(points.size()));
   }
   int now[serial_limit_count], avx2[serial_limit_count];
-  limits_of[path](now);
-  limits_of[avx2_id](avx2);
+  limits_row(path, now);
+  limits_row(avx2_id, avx2);
   const int role = a_trans ? 1 : 0;
   const int chosen = choose(sizes, scores, avx2[role], crossover_noise);
   print_scores(a_trans ? "small_trans" : "small_plain", sizes, scores, now[role], avx2[role],
@@ -205,8 +210,8 @@ int sweep_blocking(int path, int role, const std::vector<int>& values,
   std::printf("\n");
   for (double& s : sum) s /= shapes;
   int now[serial_limit_count], avx2[serial_limit_count];
-  limits_of[path](now);
-  limits_of[avx2_id](avx2);
+  limits_row(path, now);
+  limits_row(avx2_id, avx2);
   const int chosen = choose(values, sum, avx2[role], blocking_noise);
   print_scores(names[role], values, sum, now[role], avx2[role], chosen);
   return chosen;
@@ -238,14 +243,16 @@ int main(int argc, char** argv) {
     }
     int id = 0;
     while (id < 8 && std::strcmp(argv[i], path_tags[id]) != 0) ++id;
-    // Only paths this processor runs; the AVX-512 rows cannot be measured here.
-    if (id >= avx512_tp_id) {
-      std::fprintf(stderr, "unknown or unmeasurable path %s\n", argv[i]);
+    // Only paths this processor runs.
+    if (id == 8 || !tav::path_runs(id)) {
+      std::fprintf(stderr, "unknown path, or one this processor cannot run: %s\n", argv[i]);
       return 2;
     }
     paths.push_back(id);
   }
-  if (paths.empty()) paths = {0, 2, 4, avx2_id};
+  if (paths.empty())
+    for (int id : {0, 2, 4, avx2_id})
+      if (tav::path_runs(id)) paths.push_back(id);
   for (int path : paths) {
     std::printf("### %s\n\n", path_tags[path]);
     const int plain = sweep_crossover(path, false, rounds);
@@ -255,7 +262,7 @@ int main(int argc, char** argv) {
     const int nb_real = sweep_blocking(path, 3, {96, 128, 192, 256, 384}, orders, blocking_rounds);
     const int nb_complex = sweep_blocking(path, 4, {48, 64, 96, 128, 192}, orders, blocking_rounds);
     int now[serial_limit_count];
-    limits_of[path](now);
+    limits_row(path, now);
     std::printf("Chosen for %s: {%d, %d, %d, %d, %d, %d} (mb not swept)\n\n", path_tags[path],
                 plain, trans, kb, nb_real, nb_complex, now[5]);
   }

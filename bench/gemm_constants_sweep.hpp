@@ -25,9 +25,9 @@ struct sweep_product {
 
 using sweep_gemm_fn = void(const sweep_product* q);
 
-// The path's row of serial limits, in the table's order: small_plain, small_trans, kb_long,
+// Row `path` of the serial-limit table, in the table's order: small_plain, small_trans, kb_long,
 // nb_real, nb_complex, mb.
 inline constexpr int serial_limit_count = 6;
-using sweep_limits_fn = void(int* row);
+using sweep_limits_fn = void(int path, int* row);
 
 }  // namespace tav::bench

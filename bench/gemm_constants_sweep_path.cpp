@@ -34,8 +34,8 @@ void TAV_PATH_NAME(sweep, gemm)(const tav::bench::sweep_product* q) {
   return q->complex ? sweep_gemm<cpx<double>>(*q) : sweep_gemm<double>(*q);
 }
 
-void TAV_PATH_NAME(sweep, limits)(int* row) {
-  const tav::TAV_PATH_NS::gemm::serial_limits l = tav::TAV_PATH_NS::gemm::this_path.serial;
+void TAV_PATH_NAME(sweep, limits)(int path, int* row) {
+  const tav::TAV_PATH_NS::gemm::serial_limits l = tav::TAV_PATH_NS::gemm::path_table[path].serial;
   const int values[tav::bench::serial_limit_count] = {l.small_plain, l.small_trans, l.kb_long,
                                                       l.nb_real,     l.nb_complex,  l.mb};
   for (int i = 0; i < tav::bench::serial_limit_count; ++i) row[i] = values[i];
