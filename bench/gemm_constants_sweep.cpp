@@ -27,7 +27,8 @@
 
 extern "C" {
 tav::bench::sweep_gemm_fn TAV_PATH_VARIANTS(sweep, gemm);
-tav::bench::sweep_limits_fn TAV_PATH_VARIANTS(sweep, limits);
+// The table is the same in every path's copy; def's runs on every processor.
+tav::bench::sweep_limits_fn TAV_PATH_NAME_JOIN(sweep, def, limits);
 }
 
 namespace {
@@ -37,10 +38,7 @@ using namespace tav::bench;
 constexpr const char* path_tags[8] = {"def", "cnr_def", "mc",        "mc3",
                                       "avx", "avx2",    "avx512_tp", "avx512"};
 sweep_gemm_fn* const gemm_of[8] = {TAV_PATH_VARIANTS(sweep, gemm)};
-sweep_limits_fn* const limits_of[8] = {TAV_PATH_VARIANTS(sweep, limits)};
-
-// Row `path` of the table, read through def's copy, which runs on every processor.
-void limits_row(int path, int* row) { limits_of[0](path, row); }
+sweep_limits_fn* const limits_row = TAV_PATH_NAME_JOIN(sweep, def, limits);
 
 constexpr int avx2_id = 5;
 
