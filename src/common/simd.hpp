@@ -27,11 +27,13 @@ namespace tav::baseline {
 // has FMA, two otherwise), swap_pairs
 // (exchanges the lanes of each pair: re <-> im) and alternate(even, odd) (a constant whose even
 // lanes hold `even`); the 128- and 256-bit forms also bit_xor and transpose (of the square of
-// `width` registers: lane j of register i to lane i of register j). The 128-bit form of double
-// on every path, and the 256-bit forms with AVX2, add what the elementary functions use: sub,
-// the bit patterns as integer lanes (ireg, bits, from_bits, integer add, sub, and, shifts,
-// top12_signed), lane masks (not_within, mask_or, select, lane_bits) and table reads (lookup,
-// lookup_pairs and lookup_rows3 from memory for double, permute within a register for float);
+// `width` registers: lane j of register i to lane i of register j), and those of double
+// deinterleave and interleave (complex elements to their parts and back). The 128-bit form of
+// double on every path, and the 256-bit forms with AVX2, add what the elementary functions use:
+// sub, div, the bit patterns as integer lanes (ireg, bits, from_bits, integer add, sub, and,
+// shifts, top12_signed), lane masks (not_within, mask_or, select, lane_bits) and table reads
+// (lookup, lookup_pairs and lookup_rows3 from memory for double, permute within a register for
+// float);
 // the registers of double also load and store floats, converting each lane, and the 128-bit one
 // gives its lane0 to scalar code. widen_low, widen_high and narrow convert between eight floats
 // and two registers of doubles.
@@ -65,7 +67,14 @@ struct simd128<double> {
     r[1] = _mm_unpackhi_pd(r[0], r[1]);
     r[0] = low;
   }
+  // Interleaved pairs (re, im) in a, b to their even and odd lanes, and back.
+  static void deinterleave(reg a, reg b, reg& even, reg& odd) {
+    even = _mm_unpacklo_pd(a, b);
+    odd = _mm_unpackhi_pd(a, b);
+  }
+  static void interleave(reg even, reg odd, reg& a, reg& b) { deinterleave(even, odd, a, b); }
   static reg sub(reg a, reg b) { return _mm_sub_pd(a, b); }
+  static reg div(reg a, reg b) { return _mm_div_pd(a, b); }
   // Two floats in, two out, each lane converted.
   static reg load(const float* p) {
     return _mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p))));
@@ -183,8 +192,21 @@ struct simd256<double> {
     r[2] = _mm256_permute2f128_pd(t0, t2, 0x31);
     r[3] = _mm256_permute2f128_pd(t1, t3, 0x31);
   }
+  // Interleaved pairs (re, im) in a, b (elements 0-1, 2-3) to their even and odd lanes, and
+  // back: the halves regrouped as (0, 2) and (1, 3), then unpacked.
+  static void deinterleave(reg a, reg b, reg& even, reg& odd) {
+    const reg p02 = _mm256_permute2f128_pd(a, b, 0x20), p13 = _mm256_permute2f128_pd(a, b, 0x31);
+    even = _mm256_unpacklo_pd(p02, p13);
+    odd = _mm256_unpackhi_pd(p02, p13);
+  }
+  static void interleave(reg even, reg odd, reg& a, reg& b) {
+    const reg p02 = _mm256_unpacklo_pd(even, odd), p13 = _mm256_unpackhi_pd(even, odd);
+    a = _mm256_permute2f128_pd(p02, p13, 0x20);
+    b = _mm256_permute2f128_pd(p02, p13, 0x31);
+  }
 #if defined(__AVX2__)
   static reg sub(reg a, reg b) { return _mm256_sub_pd(a, b); }
+  static reg div(reg a, reg b) { return _mm256_div_pd(a, b); }
   // Bit patterns as 64-bit integer lanes.
   using ireg = __m256i;
   static ireg bits(reg v) { return _mm256_castpd_si256(v); }

@@ -1,5 +1,6 @@
-// The complex power a^b = e^(b·ln a) for vcPow and vzPow, compiled once at the baseline and
-// called from every code path's kernel.
+// The complex power a^b = e^(b·ln a) in extended precision, compiled once at the baseline: the
+// rare path of every code path's vcPow and vzPow kernels (the elements that their vector formula
+// flags), and so the reference for special values.
 #pragma once
 
 #include <complex>

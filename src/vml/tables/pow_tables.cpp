@@ -45,11 +45,14 @@ TAV_POW_TABLE(c, std::complex<float>);
 TAV_POW_TABLE(z, std::complex<double>);
 
 // Work per element for the threader. vdPow's figures are the reference; the others are vdPow's
-// scaled by the time per element relative to vdPow of the same accuracy row, measured on the
-// avx2 kernels at n = 1000 (bench/RESULTS.md, "Vector math: power"): vsPow on the families with
-// AVX2 (E7, E2, B3: eight lanes per block) 0.43 (LA), 0.49 (HA), 0.25 (EP), on the others (float
-// through the double formula) 0.77, 0.78, 1.08; vcPow and vzPow 100 (one extended-precision
-// evaluation per element).
+// scaled by the time per element relative to vdPow of the same slot and accuracy row. vsPow:
+// measured on the avx2 kernels at n = 1000 (bench/RESULTS.md, "Vector math: power"), on the
+// families with AVX2 (E7, E2, B3: eight lanes per block) 0.43 (LA), 0.49 (HA), 0.25 (EP), on the
+// others (float through the double formula) 0.77, 0.78, 1.08. vcPow and vzPow: measured per
+// family through the kernel tables (bench/vml_pow_kernels_bench, bench/RESULTS.md, "Vector math:
+// complex power"): per slot, the mean of two sets of medians of three runs, to two digits; a
+// family that builds one variant has its one ratio in every row (Y8, EX, E2), and E2 and B3,
+// which this machine cannot run, take E7's (the same 256-bit code).
 extern "C" const float tav_vml_kernel_dPow_ctab[30] = {
     131.654f, 3.0f, 91.29f, 43.34f, 40.18f, 33.8f,  23.571f, 11.319f, 7.198f, 4.699f,
     131.654f, 3.0f, 102.62f, 46.08f, 42.49f, 34.62f, 24.397f, 19.778f, 8.883f, 6.002f,
@@ -59,10 +62,10 @@ extern "C" const float tav_vml_kernel_sPow_ctab[30] = {
     102.7f, 3.0f, 80.04f, 35.94f, 33.14f, 27.0f, 19.03f, 9.691f, 4.353f, 2.941f,
     142.2f, 3.0f, 78.85f, 29.34f, 24.95f, 22.13f, 14.37f, 2.551f, 1.085f, 0.77f};
 extern "C" const float tav_vml_kernel_cPow_ctab[30] = {
-    1.317e+04f, 3.0f, 9129.0f, 4334.0f, 4018.0f, 3380.0f, 2357.0f, 1132.0f, 719.8f, 469.9f,
-    1.317e+04f, 3.0f, 1.026e+04f, 4608.0f, 4249.0f, 3462.0f, 2440.0f, 1978.0f, 888.3f, 600.2f,
-    1.317e+04f, 3.0f, 7301.0f, 2717.0f, 2310.0f, 2049.0f, 1330.0f, 1020.0f, 434.2f, 308.0f};
+    250.1f, 3.0f, 173.5f, 78.01f, 72.32f, 64.22f, 47.14f, 24.9f, 17.28f, 10.34f,
+    237.0f, 3.0f, 184.7f, 82.94f, 76.48f, 65.78f, 46.35f, 47.47f, 21.32f, 14.4f,
+    342.3f, 3.0f, 189.8f, 65.21f, 55.44f, 38.93f, 42.57f, 27.55f, 10.42f, 8.316f};
 extern "C" const float tav_vml_kernel_zPow_ctab[30] = {
-    1.317e+04f, 3.0f, 9129.0f, 4334.0f, 4018.0f, 3380.0f, 2357.0f, 1132.0f, 719.8f, 469.9f,
-    1.317e+04f, 3.0f, 1.026e+04f, 4608.0f, 4249.0f, 3462.0f, 2440.0f, 1978.0f, 888.3f, 600.2f,
-    1.317e+04f, 3.0f, 7301.0f, 2717.0f, 2310.0f, 2049.0f, 1330.0f, 1020.0f, 434.2f, 308.0f};
+    737.3f, 3.0f, 511.2f, 238.4f, 221.0f, 189.3f, 136.7f, 55.46f, 37.43f, 23.03f,
+    724.1f, 3.0f, 564.4f, 262.7f, 242.2f, 193.9f, 131.7f, 102.8f, 46.19f, 31.21f,
+    329.1f, 3.0f, 182.5f, 76.08f, 64.68f, 114.7f, 41.24f, 29.59f, 22.58f, 8.932f};
