@@ -39,8 +39,10 @@ struct path_params {
 //
 // Serial limits: the avx2 row is the reference, the others were measured against it by
 // bench/gemm_constants_sweep.cpp (bench/RESULTS.md, "How the per-path constants were chosen").
-// On def the packed driver is as fast as the small strategy from 24 to 32 rows and columns and
-// faster above, for A plain and transposed; cnr_def runs the same code. Elsewhere, and for kb and
+// On def, with the other CPU busy, the packed driver was as fast as the small strategy from 24
+// rows and columns and faster above; on a quiet machine every switch from 32 to 96 was within
+// 1.5 per cent and 24 cost about 1 per cent, so 24, the smaller loss either way. cnr_def runs the
+// same code. Elsewhere, and for kb and
 // nb everywhere, no candidate beat the avx2 value by more than the noise, so it stays. The
 // AVX-512 paths, which no machine here runs, keep the avx2 row.
 inline constexpr path_params path_table[8] = {
