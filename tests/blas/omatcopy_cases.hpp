@@ -185,12 +185,13 @@ testing::AssertionResult check_untouched(Entry&& entry, const call& c, T alpha) 
 }
 
 // The sizes every test walks besides 1..20 squared: odd and prime sides that the halving cuts
-// unevenly, long thin shapes, and the boundary of the parallel form (17x17 sequential, 100x100
-// parallel).
+// unevenly, long thin shapes, the boundary of the parallel form (17x17 sequential, 100x100
+// parallel), and lines of A 4 KiB apart (40x512 in 'R' order, with the tight leading dimension
+// it gets as the 13th shape), which take tiles of few lines.
 inline const std::vector<std::pair<index, index>>& larger_shapes() {
   static const std::vector<std::pair<index, index>> shapes = {
-      {17, 17}, {100, 100}, {37, 53},   {97, 61},   {61, 97},  {129, 33},
-      {3, 301}, {301, 5},   {255, 257}, {128, 256}, {16, 300}, {300, 16}};
+      {17, 17}, {100, 100}, {37, 53},   {97, 61},   {61, 97},  {129, 33}, {3, 301},
+      {301, 5}, {255, 257}, {128, 256}, {16, 300}, {300, 16}, {40, 512}};
   return shapes;
 }
 

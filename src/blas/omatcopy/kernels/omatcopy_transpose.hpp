@@ -65,19 +65,25 @@ index line_position(const T* p) {
   return static_cast<index>(reinterpret_cast<uintptr_t>(p) / sizeof(T)) % line_elements<T>;
 }
 
-// Unit element strides: tiles of at most tile_side x tile_side, cut on cache lines. A tile
-// writes long runs along each line of B, which keeps the streaming stores sequential in memory,
-// and the 256 lines of A that a sweep reads (16 KiB) stay in the first-level cache until their
-// other elements are used. 256 beat 64, 128 and 512 on a 4000 x 4000 double transpose
-// (bench/RESULTS.md, "Out-of-place copy and transpose").
+// Unit element strides: tiles of at most outer_side lines of A by inner_side elements, cut on
+// cache lines. A tile writes long runs along each line of B, which keeps the streaming stores
+// sequential in memory, and the 256 lines of A that a sweep reads (16 KiB) stay in the
+// first-level cache until their other elements are used. 256 beat 64, 128 and 512 on a
+// 4000 x 4000 double transpose (bench/RESULTS.md, "Out-of-place copy and transpose"). Lines of
+// A a multiple of 4 KiB apart all fall into one set of that cache, which holds 8 of them: then,
+// unless the stores stream, a tile has 8 lines (sides 512 and 1024 of double 1.3 to 1.5x as fast;
+// streamed, the short runs along B were slower).
 template <class T, class Op>
 struct unit_tiles {
   static constexpr index tile_side = 256;
+  static constexpr index aliased_side = 8;
+  static constexpr index inner_side = tile_side;
 
   index lda, ldb;
   Op op;
   row_op<T, Op> rows;
   bool stream;
+  index outer_side;
 
   index cut_outer(index outer, const T*, const T* b) const {
     return cut(outer, line_position(b), line_elements<T>);
@@ -118,7 +124,7 @@ struct unit_tiles {
 // Any element strides: leaves of at most 4x4 with the plain leaf, halves of floor(n / 2).
 template <class T, class Op>
 struct strided_tiles {
-  static constexpr index tile_side = 4;
+  static constexpr index outer_side = 4, inner_side = 4;
 
   index lda, sa, ldb, sb;
   Op op;
@@ -135,12 +141,12 @@ struct strided_tiles {
   }
 };
 
-// Halves the longer side (the inner one on a tie), first half first, until both sides fit a
-// tile. The second half continues in the loop, so each cut costs one call.
+// Halves the longer side (the inner one on a tie) of the sides that do not fit a tile yet, first
+// half first, until both fit. The second half continues in the loop, so each cut costs one call.
 template <class T, class Tiles>
 void transpose_blocks(index outer, index inner, const T* a, T* b, const Tiles& tiles) {
-  while (outer > Tiles::tile_side || inner > Tiles::tile_side) {
-    if (outer <= inner) {
+  while (outer > tiles.outer_side || inner > tiles.inner_side) {
+    if (outer <= tiles.outer_side || (inner > tiles.inner_side && outer <= inner)) {
       const index h = tiles.cut_inner(inner, a, b);
       transpose_blocks(outer, h, a, b, tiles);
       a += h * tiles.a_inner();
@@ -163,8 +169,12 @@ template <class T, class Op>
 void transpose_lines(index outer, index inner, const T* a, index lda, index sa, T* b, index ldb,
                      index sb, const Op& op, bool stream) {
   if (sa == 1 && sb == 1) {
+    using tiles_t = unit_tiles<T, Op>;
     const bool whole_lines = (ldb * static_cast<index>(sizeof(T))) % 64 == 0;
-    const unit_tiles<T, Op> tiles{lda, ldb, op, row_op<T, Op>(op), stream && whole_lines};
+    const bool streamed = stream && whole_lines;
+    const bool aliased = (lda * static_cast<index>(sizeof(T))) % 4096 == 0;
+    const tiles_t tiles{lda, ldb, op, row_op<T, Op>(op), streamed,
+                        aliased && !streamed ? tiles_t::aliased_side : tiles_t::tile_side};
     transpose_blocks(outer, inner, a, b, tiles);
   } else {
     transpose_blocks(outer, inner, a, b, strided_tiles<T, Op>{lda, sa, ldb, sb, op});
