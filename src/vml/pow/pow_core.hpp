@@ -72,6 +72,21 @@ inline reg horner(reg r, const double (&c)[n]) {
   return p;
 }
 
+// c[0] + c[1]·z + ... + c[n-1]·z^(n-1) by Estrin's scheme: pairs c[2i] + c[2i+1]·z, then pairs
+// of those with z², and so on, a chain of ceil(log2 n) multiply-adds instead of Horner's n - 1.
+template <int n>
+inline reg estrin(reg z, const double (&c)[n]) {
+  reg t[n];
+  for (int i = 0; i < n; ++i) t[i] = L::broadcast(c[i]);
+  reg x = z;
+  for (int m = n; m > 1; m = (m + 1) / 2) {
+    for (int i = 0; 2 * i < m; ++i)
+      t[i] = 2 * i + 1 < m ? L::mul_add(t[2 * i + 1], x, t[2 * i]) : t[2 * i];
+    x = L::mul(x, x);
+  }
+  return t[0];
+}
+
 // The exact rounding error of the product p = a·b: a·b - p. Dekker's split without FMA.
 inline reg product_error(reg a, reg b, reg p) {
   if constexpr (fused_mul_add) {
@@ -154,6 +169,19 @@ inline double_double times(reg y, double_double l) {
   out.hi = L::mul(y, l.hi);
   out.lo = L::mul_add(y, l.lo, product_error(y, l.hi, out.hi));
   return out;
+}
+
+// a + b as a double-double, for |a| >= |b| (Dekker's Fast2Sum).
+inline double_double fast_two_sum(reg a, reg b) {
+  reg s = L::add(a, b);
+  return {s, L::add(L::sub(a, s), b)};
+}
+
+// (x.hi + x.lo)·(y.hi + y.lo) to about 2^-102 relative.
+inline double_double dd_times(double_double x, double_double y) {
+  reg p = L::mul(x.hi, y.hi);
+  reg e = L::mul_add(x.hi, y.lo, product_error(x.hi, y.hi, p));
+  return {p, L::mul_add(x.lo, y.hi, e)};
 }
 
 // e^t = 2^(ki/128) · (1 + tmp): ki = round(t·128/ln2), t - ki·ln2/128 = r, and

@@ -32,21 +32,6 @@ inline constexpr double pio2_2 = 0x1.0b4611a6p-34;
 inline constexpr double pio2_3 = 0x1.3198a2e037073p-69;
 inline constexpr double two_over_pi = 0x1.45f306dc9c883p-1;
 
-// c[0] + c[1]·z + ... + c[n-1]·z^(n-1) by Estrin's scheme: pairs c[2i] + c[2i+1]·z, then pairs
-// of those with z², and so on, a chain of ceil(log2 n) multiply-adds instead of Horner's n - 1.
-template <int n>
-inline reg estrin(reg z, const double (&c)[n]) {
-  reg t[n];
-  for (int i = 0; i < n; ++i) t[i] = L::broadcast(c[i]);
-  reg x = z;
-  for (int m = n; m > 1; m = (m + 1) / 2) {
-    for (int i = 0; 2 * i < m; ++i)
-      t[i] = 2 * i + 1 < m ? L::mul_add(t[2 * i + 1], x, t[2 * i]) : t[2 * i];
-    x = L::mul(x, x);
-  }
-  return t[0];
-}
-
 // sin and cos of w, each as hi + lo (lo zero for the one-double form).
 struct sin_cos {
   double_double s, c;
@@ -57,19 +42,6 @@ struct sin_cos {
 inline reg all_ones_if(ireg bit0) { return L::from_bits(L::isub(L::iset(0), bit0)); }
 inline reg sign_if(ireg bit1) {
   return L::from_bits(L::iand(L::shl<62>(bit1), L::iset(static_cast<int64_t>(1ull << 63))));
-}
-
-// a + b as a double-double, for |a| >= |b| (Dekker's Fast2Sum).
-inline double_double fast_two_sum(reg a, reg b) {
-  reg s = L::add(a, b);
-  return {s, L::add(L::sub(a, s), b)};
-}
-
-// (x.hi + x.lo)·(y.hi + y.lo) to about 2^-102 relative.
-inline double_double dd_times(double_double x, double_double y) {
-  reg p = L::mul(x.hi, y.hi);
-  reg e = L::mul_add(x.hi, y.lo, product_error(x.hi, y.hi, p));
-  return {p, L::mul_add(x.lo, y.hi, e)};
 }
 
 // c0 + c1·z + rest as a normalised double-double: c0 and c1 double-doubles, |c1·z| < |c0|,
