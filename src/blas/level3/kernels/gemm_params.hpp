@@ -35,7 +35,9 @@ struct path_params {
 // mr/width·nr accumulators, a complex one twice that (products with the real and the imaginary
 // part of b kept apart). 12x4 double on avx2 fills 12 accumulators + 3 loads + 1 broadcast, and
 // so does 6x2 double complex, which reads B̃ (streamed from L2) at 2/3 the bytes per FMA of 4x3:
-// its kernel ran 1 to 5 per cent faster on Zen 3, ZGEMM n = 1024 up to 2 per cent.
+// its kernel ran 1 to 5 per cent faster on Zen 3, ZGEMM n = 1024 up to 2 per cent. For the same
+// reason single complex takes 12x2 over 8x3: CGEMM n = 1024 and 2048 6 to 7 per cent faster, and
+// every small and skinny shape measured as fast or faster. Single real 16x6 and 32x3 lost to 24x4.
 //
 // Serial limits: the avx2 row is the reference, the others were measured against it by
 // bench/gemm_constants_sweep.cpp (bench/RESULTS.md, "How the per-path constants were chosen").
@@ -51,7 +53,7 @@ inline constexpr path_params path_table[8] = {
     /* mc        */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {72, 56, 192, 192, 96, 5000}},
     /* mc3       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {72, 56, 192, 192, 96, 5000}},
     /* avx       */ {{16, 4}, {8, 4}, {8, 2}, {4, 2}, 1, {72, 56, 192, 192, 96, 5000}},
-    /* avx2      */ {{24, 4}, {12, 4}, {8, 3}, {6, 2}, 2, {72, 56, 192, 192, 96, 5000}},
+    /* avx2      */ {{24, 4}, {12, 4}, {12, 2}, {6, 2}, 2, {72, 56, 192, 192, 96, 5000}},
     /* avx512_tp */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2, {72, 56, 192, 192, 96, 5000}},
     /* avx512    */ {{48, 8}, {24, 8}, {16, 6}, {8, 6}, 2, {72, 56, 192, 192, 96, 5000}},
 };
