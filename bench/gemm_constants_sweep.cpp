@@ -11,8 +11,6 @@
 //   gemm_constants_sweep [def] [mc] [mc3] [avx] [avx2] [--sizes=1000,1500] [--rounds=N]
 #include "gemm_constants_sweep.hpp"
 
-#include <time.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +21,7 @@
 
 #include "common/path_features.hpp"
 #include "common/path_naming.hpp"
+#include "support/interleaved_timing.hpp"
 #include "support/markdown_table.hpp"
 
 extern "C" {
@@ -45,12 +44,6 @@ constexpr int avx2_id = 5;
 // Score differences below this fraction are taken as noise: crossover scores average many
 // in-cache shapes, the blocking scores a few products that stream from memory.
 constexpr double crossover_noise = 0.01, blocking_noise = 0.02;
-
-double thread_seconds() {
-  timespec t;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
-}
 
 // Random operands for one shape, and the product C += op(A)·B on them (the small strategy, the
 // path's own blocking) in `product`.

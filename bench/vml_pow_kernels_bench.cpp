@@ -7,19 +7,15 @@
 #include <complex>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <random>
 #include <vector>
 
+#include "support/interleaved_timing.hpp"
 #include "vml/tables/function_tables.hpp"
 
 namespace {
 
-double thread_seconds() {
-  timespec t;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return t.tv_sec + 1e-9 * t.tv_nsec;
-}
+using tav::bench::thread_seconds;
 
 // Best of 30 runs of 100 calls, in ns per element.
 template <class T>

@@ -84,6 +84,7 @@ void measure(const report& r, const char* section, const std::string& routine,
   plan.rounds = large ? (n >= 4096 ? 3 : 5) : 11;
   // Worker threads of the previous candidate spin for a while after their last region.
   plan.settle_seconds = threads > 1 ? 0.3 : 0;
+  plan.thread_cpu_time = threads == 1;
   const std::vector<double> seconds = interleaved_medians(candidates, plan);
   std::vector<std::string> row = {routine, shape, std::to_string(threads)};
   double tav = 0, best_peer = 0;

@@ -1,11 +1,20 @@
 // The interleaved timing loop and its medians.
 #include "support/interleaved_timing.hpp"
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <thread>
 
 namespace tav::bench {
+
+double thread_seconds() {
+  timespec t;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
+}
+
 
 std::vector<double> interleaved_medians(const std::vector<candidate>& candidates,
                                         const timing_plan& plan) {
@@ -18,9 +27,11 @@ std::vector<double> interleaved_medians(const std::vector<candidate>& candidates
       candidates[c].prepare();
       candidates[c].call();
       const clock::time_point start = clock::now();
+      const double cpu_start = thread_seconds();
       for (int k = 0; k < plan.calls; ++k) candidates[c].call();
       const std::chrono::duration<double> elapsed = clock::now() - start;
-      per_call[c].push_back(elapsed.count() / plan.calls);
+      const double seconds = plan.thread_cpu_time ? thread_seconds() - cpu_start : elapsed.count();
+      per_call[c].push_back(seconds / plan.calls);
     }
   }
   std::vector<double> medians;
