@@ -130,7 +130,7 @@ const counted_case counted_cases[] = {
     {"nocopy_6x6 beta 0", 'N', 'N', 6, 30, 6, 1.5, 0, serial_route::nocopy_6x6},
     {"small k < 7", 'N', 'N', 40, 40, 6, 1, 1, serial_route::small},
     {"small transposed", 'T', 'N', 20, 200, 300, 1, -1, serial_route::small},
-    {"pst", 'N', 'N', 500, 3, 100, 2, 1, serial_route::pst},
+    {"pst", 'N', 'N', 500, 1, 100, 2, 1, serial_route::pst},
     {"driver", 'N', 'T', 100, 100, 300, 1, 0.5, serial_route::driver},
     {"driver transposed A", 'C', 'N', 100, 60, 500, 1, 0.5, serial_route::driver},
     {"scale_only", 'N', 'N', 100, 100, 100, 0, 0.5, serial_route::scale_only},

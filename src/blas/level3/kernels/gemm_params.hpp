@@ -39,6 +39,14 @@ struct path_params {
 // reason single complex takes 12x2 over 8x3: CGEMM n = 1024 and 2048 6 to 7 per cent faster, and
 // every small and skinny shape measured as fast or faster. Single real 16x6 and 32x3 lost to 24x4.
 //
+// On def (SSE2) B̃ repeats each real once per lane (b_copies), so a row of B̃ has twice (double)
+// or four times (float) the bytes of its values: tall blocks (8x2 double, 16x2 float, 4x1 and 8x1
+// complex) read half the B̃ bytes per multiply of 4x4, 8x4, 2x2 and 4x2, and B̃ streams from L2.
+// Against the square blocks, thread CPU time at n = 1024: SGEMM and CGEMM 14 to 16 per cent
+// faster, ZGEMM 10, DGEMM 5 to 8; the skinny shapes as fast or faster; cblas_dgemm 4 x 4 and
+// 8 x 8 10 per cent slower, 16 and 32 faster. On mc, whose double broadcast loads need no copies,
+// the tall blocks gained nothing.
+//
 // Serial limits: the avx2 row is the reference, the others were measured against it by
 // bench/gemm_constants_sweep.cpp (bench/RESULTS.md, "How the per-path constants were chosen").
 // On def, with the other CPU busy, the packed driver was as fast as the small strategy from 24
@@ -48,8 +56,8 @@ struct path_params {
 // nb everywhere, no candidate beat the avx2 value by more than the noise, so it stays. The
 // AVX-512 paths, which no machine here runs, keep the avx2 row.
 inline constexpr path_params path_table[8] = {
-    /* def       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {24, 24, 192, 192, 96, 5000}},
-    /* cnr_def   */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {24, 24, 192, 192, 96, 5000}},
+    /* def       */ {{16, 2}, {8, 2}, {8, 1}, {4, 1}, 1, {24, 24, 192, 192, 96, 5000}},
+    /* cnr_def   */ {{16, 2}, {8, 2}, {8, 1}, {4, 1}, 1, {24, 24, 192, 192, 96, 5000}},
     /* mc        */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {72, 56, 192, 192, 96, 5000}},
     /* mc3       */ {{8, 4}, {4, 4}, {4, 2}, {2, 2}, 1, {72, 56, 192, 192, 96, 5000}},
     /* avx       */ {{16, 4}, {8, 4}, {8, 2}, {4, 2}, 1, {72, 56, 192, 192, 96, 5000}},
