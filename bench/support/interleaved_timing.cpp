@@ -15,7 +15,6 @@ double thread_seconds() {
   return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
 }
 
-
 std::vector<double> interleaved_medians(const std::vector<candidate>& candidates,
                                         const timing_plan& plan) {
   using clock = std::chrono::steady_clock;
