@@ -20,7 +20,6 @@ inline constexpr double tan_pi_8 = 0x1.a827999fcef32p-2;
 inline constexpr double pi_4 = 0x1.921fb54442d18p-1;
 inline constexpr double pi_2 = 0x1.921fb54442d18p+0;
 inline constexpr double pi = 0x1.921fb54442d18p+1;
-inline constexpr int64_t sign_bit = static_cast<int64_t>(1ull << 63);
 
 inline reg magnitude(reg v) { return L::from_bits(L::iand(L::bits(v), L::iset(~sign_bit))); }
 // All ones where a > b (neither NaN).

@@ -59,6 +59,8 @@ inline constexpr double ln2_128_lo = -0x1.c610ca86c3899p-44;
 inline constexpr double inv_ln2_128 = 0x1.71547652b82fep+7;
 // Adding 1.5·2^52 rounds a double of magnitude below 2^51 to an integer held in the low bits.
 inline constexpr double round_shift = 0x1.8p52;
+// The sign bit of a double as an integer lane.
+inline constexpr int64_t sign_bit = static_cast<int64_t>(1ull << 63);
 
 struct double_double {
   reg hi, lo;

@@ -41,7 +41,7 @@ struct sin_cos {
 // bit 1 of bit1 is set.
 inline reg all_ones_if(ireg bit0) { return L::from_bits(L::isub(L::iset(0), bit0)); }
 inline reg sign_if(ireg bit1) {
-  return L::from_bits(L::iand(L::shl<62>(bit1), L::iset(static_cast<int64_t>(1ull << 63))));
+  return L::from_bits(L::iand(L::shl<62>(bit1), L::iset(sign_bit)));
 }
 
 // c0 + c1·z + rest as a normalised double-double: c0 and c1 double-doubles, |c1·z| < |c0|,

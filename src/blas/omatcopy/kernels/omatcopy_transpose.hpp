@@ -85,6 +85,11 @@ struct unit_tiles {
   bool stream;
   index outer_side;
 
+  static index outer_side_for(index lda, bool stream) {
+    const bool aliased = (lda * static_cast<index>(sizeof(T))) % 4096 == 0;
+    return aliased && !stream ? aliased_side : tile_side;
+  }
+
   index cut_outer(index outer, const T*, const T* b) const {
     return cut(outer, line_position(b), line_elements<T>);
   }
@@ -172,9 +177,8 @@ void transpose_lines(index outer, index inner, const T* a, index lda, index sa, 
     using tiles_t = unit_tiles<T, Op>;
     const bool whole_lines = (ldb * static_cast<index>(sizeof(T))) % 64 == 0;
     const bool streamed = stream && whole_lines;
-    const bool aliased = (lda * static_cast<index>(sizeof(T))) % 4096 == 0;
     const tiles_t tiles{lda, ldb, op, row_op<T, Op>(op), streamed,
-                        aliased && !streamed ? tiles_t::aliased_side : tiles_t::tile_side};
+                        tiles_t::outer_side_for(lda, streamed)};
     transpose_blocks(outer, inner, a, b, tiles);
   } else {
     transpose_blocks(outer, inner, a, b, strided_tiles<T, Op>{lda, sa, ldb, sb, op});
